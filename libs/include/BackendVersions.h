@@ -1,0 +1,46 @@
+#pragma once
+
+#include "VersionInfo.h"
+
+#include <QMetaType>
+#include <QString>
+
+#include <type_traits>
+#include <utility>
+
+/// What the backend reports about itself, immutable after construction.
+///
+/// The host constructs and owns the record and must keep it alive until exit_module() has returned;
+/// the plug-in only reads it. It travels to the plug-in as a pointer inside a QVariant.
+class BackendVersions
+{
+public:
+    /// @param sysPt version of the tracking software of the system
+    /// @param prot  version of the command protocol that the backend speaks
+    /// @param sysCt version of the controller firmware
+    /// @param mod   controller model text, for example one that starts with "BRIARSCOPE"
+    BackendVersions(VersionInfo sysPt, VersionInfo prot, VersionInfo sysCt, QString mod)
+        : sysPt(sysPt), prot(prot), sysCt(sysCt), mod(std::move(mod))
+    {
+    }
+
+    const VersionInfo& systemPt() const { return sysPt; }
+    const VersionInfo& protocol() const { return prot; }
+    const VersionInfo& systemCt() const { return sysCt; }
+    const QString& zanModel() const { return mod; }
+
+private:
+    VersionInfo sysPt;
+    VersionInfo prot;
+    VersionInfo sysCt;
+    QString mod;
+};
+
+static_assert(std::is_standard_layout_v<BackendVersions> && !std::is_polymorphic_v<BackendVersions>,
+              "host and plug-in share the layout of BackendVersions");
+static_assert(sizeof(BackendVersions) ==
+                  (3 * sizeof(VersionInfo) + sizeof(QString) + alignof(QString) - 1) /
+                      alignof(QString) * alignof(QString),
+              "BackendVersions is three versions and one text");
+
+Q_DECLARE_METATYPE(BackendVersions*)
