@@ -2,8 +2,8 @@
 add_library(project-options INTERFACE)
 target_compile_features(project-options INTERFACE cxx_std_17)
 target_compile_options(project-options INTERFACE
-  -Wall -Wextra -Wpedantic -Wshadow -Wformat=2 -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-qual
-  -Wundef -Wnull-dereference
+  -Wall -Wextra -Wpedantic -Wshadow=local -Wformat=2 -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-qual
+  -Wundef
   $<$<BOOL:${ZAN_WERROR}>:-Werror>)
 target_compile_definitions(project-options INTERFACE QT_DEPRECATED_WARNINGS)
 

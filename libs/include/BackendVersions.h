@@ -15,12 +15,12 @@
 class BackendVersions
 {
 public:
-    /// @param sysPt version of the tracking software of the system
-    /// @param prot  version of the command protocol that the backend speaks
-    /// @param sysCt version of the controller firmware
-    /// @param mod   controller model text, for example one that starts with "BRIARSCOPE"
-    BackendVersions(VersionInfo sysPt, VersionInfo prot, VersionInfo sysCt, QString mod)
-        : sysPt(sysPt), prot(prot), sysCt(sysCt), mod(std::move(mod))
+    /// @param pt       version of the tracking software of the system
+    /// @param protocolVersion version of the command protocol that the backend speaks
+    /// @param ct       version of the controller firmware
+    /// @param model    controller model text, for example one that starts with "BRIARSCOPE"
+    BackendVersions(VersionInfo pt, VersionInfo protocolVersion, VersionInfo ct, QString model)
+        : sysPt(pt), prot(protocolVersion), sysCt(ct), mod(std::move(model))
     {
     }
 

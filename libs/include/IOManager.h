@@ -8,9 +8,9 @@ class MessageReceiver;
 
 #if defined(__GNUC__)
 /// Lets the compiler check printf-style arguments; positions count from 1, `this` included.
-#define IOMANAGER_PRINTF(format, first) __attribute__((format(printf, format, first)))
+#define IOMANAGER_PRINTF(text, first) __attribute__((format(printf, text, first)))
 #else
-#define IOMANAGER_PRINTF(format, first)
+#define IOMANAGER_PRINTF(text, first)
 #endif
 
 /// The host's channel: to the controllers by text commands, and to the host's other modules.

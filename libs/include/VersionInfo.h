@@ -18,14 +18,17 @@ public:
     int pa; ///< patch part, -1 if absent
 
     // NOLINTNEXTLINE(google-explicit-constructor): a bare number is a version of one part
-    VersionInfo(int ma = -1, int mi = -1, int pa = -1) : ma(ma), mi(mi), pa(pa) {}
+    constexpr VersionInfo(int majorPart = -1, int minorPart = -1, int patchPart = -1)
+        : ma(majorPart), mi(minorPart), pa(patchPart)
+    {
+    }
 
     /// Overwrites all three parts.
-    void setVer(int newMa, int newMi, int newPa)
+    constexpr void setVer(int majorPart, int minorPart, int patchPart)
     {
-        ma = newMa;
-        mi = newMi;
-        pa = newPa;
+        ma = majorPart;
+        mi = minorPart;
+        pa = patchPart;
     }
 
     /// Reads a version text tolerantly: an optional "v", then up to three numbers joined by dots.
@@ -73,12 +76,12 @@ public:
     }
 
     // The order is lexicographic, so an absent part ranks below 0: 2.7 is less than 2.7.0.
-    bool operator==(const VersionInfo& other) const
+    constexpr bool operator==(const VersionInfo& other) const
     {
         return ma == other.ma && mi == other.mi && pa == other.pa;
     }
-    bool operator!=(const VersionInfo& other) const { return !(*this == other); }
-    bool operator>(const VersionInfo& other) const
+    constexpr bool operator!=(const VersionInfo& other) const { return !(*this == other); }
+    constexpr bool operator>(const VersionInfo& other) const
     {
         if (ma != other.ma)
             return ma > other.ma;
@@ -86,13 +89,16 @@ public:
             return mi > other.mi;
         return pa > other.pa;
     }
-    bool operator>=(const VersionInfo& other) const { return *this > other || *this == other; }
-    bool operator<(const VersionInfo& other) const { return !(*this >= other); }
-    bool operator<=(const VersionInfo& other) const { return !(*this > other); }
+    constexpr bool operator>=(const VersionInfo& other) const
+    {
+        return *this > other || *this == other;
+    }
+    constexpr bool operator<(const VersionInfo& other) const { return !(*this >= other); }
+    constexpr bool operator<=(const VersionInfo& other) const { return !(*this > other); }
 
-    int major() const { return ma; }
-    int minor() const { return mi; }
-    int patch() const { return pa; }
+    constexpr int major() const { return ma; }
+    constexpr int minor() const { return mi; }
+    constexpr int patch() const { return pa; }
 };
 
 static_assert(std::is_trivially_copyable_v<VersionInfo> && std::is_standard_layout_v<VersionInfo>,
