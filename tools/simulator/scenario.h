@@ -1,0 +1,94 @@
+#pragma once
+
+#include "faults.h"
+
+#include <VersionInfo.h>
+
+#include <QString>
+#include <QStringList>
+#include <QVector>
+
+#include <optional>
+
+/// What a running measurement does when it is told to stop.
+enum class Measurement
+{
+    Off,
+    Running,
+    Unstoppable, ///< runs and refuses to stop
+};
+
+/// A controller as it is before the first run. Texts are what goes over the wire.
+struct ScenarioController
+{
+    QString hostName;
+    QString address;       ///< dotted IPv4; a slave is addressed by it
+    bool available = true; ///< only a slave can be missing
+    int model = 2;
+    QString modelDescription;
+    QString board;
+    int serial = 0;
+    QString
+        pt; ///< tracking software with appendix and date, for example "v3.1.0-beta.2 2025-03-14"
+    QString ct; ///< controller firmware, for example "v1.2"
+};
+
+/// A camera as it is before the first run.
+struct ScenarioCamera
+{
+    QString model; ///< for example "0x0901"
+    QString serial;
+    QString version; ///< with appendix, for example "v1.3.0-rc.1"
+    QString description;
+};
+
+/// How long the devices take. Nothing in the simulator waits: who asks is told the time.
+struct ScenarioTiming
+{
+    int recordsPerSecond = 2750;       ///< controllers; 0: no time at all
+    int cameraRecordsPerSecond = 3700; ///< cameras; 0: no time at all
+    int verifyMs = 4000;               ///< a controller's check of a whole block
+    int cameraVerifyMs = 4000;         ///< a camera's check of a whole image
+    int bootMs = 8000;                 ///< a restart, during which nothing is answered
+    int searchMs = 5000;               ///< the search for hardware
+};
+
+/// A situation to be simulated, read from one JSON file; docs/simulator.md describes its keys.
+struct Scenario
+{
+    QString name;  ///< base name of the file
+    QString title; ///< one line
+    VersionInfo protocol{1, 23};
+    QString backendModel;
+    bool dhcp = false;
+    bool wakeOnLan = false;
+    bool observer = false; ///< the frontend is started as an observer
+    Measurement measurement = Measurement::Off;
+    QStringList hardware;
+    QVector<ScenarioController> controllers; ///< at least one: the master, then its slaves
+    QVector<ScenarioCamera> cameras;
+    ScenarioTiming timing;
+    QVector<Fault> faults;
+
+    /// Address at which the frontend reaches the master.
+    const QString& address() const { return controllers.first().address; }
+
+    /// Names of the scenarios that come with the simulator; "cascade", the default, is the first.
+    static QStringList shipped();
+};
+
+/// Reads scenarios.
+class ScenarioReader
+{
+public:
+    /// Reads a shipped scenario by its name, or any other file by its path.
+    ///
+    /// @param error must not be null; on failure it is "FILE: PATH: REASON" with a path such as
+    ///        "controllers[1].serial", or "FILE: REASON" if the file cannot be read.
+    /// @return nullopt on failure; keys that the schema does not know are failures.
+    static std::optional<Scenario> read(const QString& nameOrPath, QString* error);
+
+    /// Reads a scenario from the text @p json; @p fileName gives its name and stands in errors.
+    static std::optional<Scenario> parse(const QByteArray& json, const QString& fileName,
+                                         QString* error);
+};
