@@ -95,6 +95,12 @@ CheckedObject CheckedObject::object(const QString& key)
     return CheckedObject(nested, m_fileName, m_prefix + key + QLatin1Char('.'), m_error);
 }
 
+CheckedObject CheckedObject::objectOrEmpty(const QString& key)
+{
+    m_knownKeys.insert(key);
+    return contains(key) ? object(key) : CheckedObject(QJsonObject(), m_fileName, m_error);
+}
+
 QVector<CheckedObject> CheckedObject::objects(const QString& key)
 {
     QVector<CheckedObject> objects;

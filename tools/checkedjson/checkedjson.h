@@ -48,8 +48,9 @@ public:
     int choice(const QString& key, const QStringList& texts);
     int choice(const QString& key, const QStringList& texts, int fallback);
 
-    /// A nested object; an error if the key is missing. Test with contains() what may be absent.
+    /// A nested object; an error if the key is missing.
     CheckedObject object(const QString& key);
+    CheckedObject objectOrEmpty(const QString& key);
 
     /// A list of objects, or of texts; an error if the key is missing.
     QVector<CheckedObject> objects(const QString& key);

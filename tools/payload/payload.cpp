@@ -52,7 +52,7 @@ QString whatIsDamaged(const QByteArray& payload)
         return QStringLiteral("payload has %1 bytes, fewer than its head and checksum (%2)")
             .arg(payload.size())
             .arg(payloadOverhead);
-    if (!payload.startsWith(magic))
+    if (!isPayload(payload))
         return QStringLiteral("payload does not begin with %1").arg(QLatin1String(magic));
 
     const auto bodySize = littleEndianAt<quint32>(payload, bodySizeOffset);
@@ -87,6 +87,11 @@ QByteArray makePayload(const PayloadHead& head, int bodySize, quint32 seed)
     appendBody(&payload, bodySize, seed);
     appendLittleEndian(&payload, crc32(payload));
     return payload;
+}
+
+bool isPayload(const QByteArray& bytes)
+{
+    return bytes.startsWith(magic);
 }
 
 std::optional<PayloadHead> readPayload(const QByteArray& payload, QString* error)

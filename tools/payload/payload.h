@@ -37,6 +37,9 @@ constexpr int payloadAppendixLength = 16;
 /// for the same @p bodySize and @p seed on every machine. A longer appendix is cut off.
 QByteArray makePayload(const PayloadHead& head, int bodySize, quint32 seed);
 
+/// Whether @p bytes begin as a payload does; nothing else is looked at.
+bool isPayload(const QByteArray& bytes);
+
 /// Verifies a payload and reads its head.
 ///
 /// @param error may be null; receives one line that says what is wrong, empty if all is well.

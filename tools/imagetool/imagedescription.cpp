@@ -1,0 +1,308 @@
+#include "imagedescription.h"
+
+#include "checkedjson.h"
+#include "imageformat.h"
+#include "payload.h"
+
+#include <QDate>
+#include <QRegularExpression>
+
+#include <limits>
+
+namespace {
+
+// Far beyond any real file, and still within what a byte array holds.
+constexpr qint64 maxPayloadBytes = 1 << 30;
+
+/// The text of a release, taken apart.
+struct ReleaseText
+{
+    VersionInfo version;
+    int preReleaseType = 0;
+    int preReleaseNumber = 0;
+    QString appendix;
+};
+
+std::optional<int> parseNumber(const QString& text)
+{
+    bool ok = false;
+    const int number = text.toUShort(&ok);
+    return ok ? std::optional<int>(number) : std::nullopt;
+}
+
+std::optional<VersionInfo> parseVersion(const QString& text, int parts)
+{
+    static const QRegularExpression form("^[0-9]+(\\.[0-9]+)+$");
+    const QStringList texts = text.split('.');
+    if (!form.match(text).hasMatch() || texts.size() != parts)
+        return std::nullopt;
+    int numbers[3] = {-1, -1, -1};
+    for (int index = 0; index < parts; ++index) {
+        const auto number = parseNumber(texts[index]);
+        if (!number)
+            return std::nullopt;
+        numbers[index] = *number;
+    }
+    return VersionInfo(numbers[0], numbers[1], numbers[2]);
+}
+
+std::optional<ReleaseText> parseRelease(const QString& text)
+{
+    static const QRegularExpression form("^([0-9.]+)(-(alpha|beta|rc)\\.([0-9]+))?$");
+    const QRegularExpressionMatch match = form.match(text);
+    const auto version = parseVersion(match.captured(1), 3);
+    if (!version)
+        return std::nullopt;
+    if (match.captured(2).isEmpty())
+        return ReleaseText{*version, 0, 0, QString()};
+
+    const auto number = parseNumber(match.captured(4));
+    if (!number)
+        return std::nullopt;
+    const int type = 10 * (QStringList{"alpha", "beta", "rc"}.indexOf(match.captured(3)) + 1);
+    return ReleaseText{*version, type, *number, match.captured(2)};
+}
+
+VersionInfo readVersion(CheckedObject& object, const QString& key, int parts)
+{
+    const auto version = parseVersion(object.text(key), parts);
+    if (!version)
+        object.fail(key, parts == 3 ? "must be a version such as \"1.2.3\""
+                                    : "must be a version such as \"1.2\"");
+    return version.value_or(VersionInfo());
+}
+
+ReleaseText readRelease(CheckedObject& object)
+{
+    const auto release = parseRelease(object.text("release"));
+    if (!release)
+        object.fail("release", "must be a version such as \"1.2.3\" or \"1.2.3-beta.4\"");
+    return release.value_or(ReleaseText());
+}
+
+ImageDate readDate(CheckedObject& object, const QString& key)
+{
+    const QDate date = QDate::fromString(object.text(key), "yyyy-MM-dd");
+    if (!date.isValid())
+        object.fail(key, "must be a date such as \"2025-12-31\"");
+    return {date.year(), date.month(), date.day()};
+}
+
+template <typename Integer>
+void readOverride(CheckedObject& overrides, const QString& key, std::optional<Integer>* field)
+{
+    const qint64 value = overrides.number(key, 0, std::numeric_limits<Integer>::max(), -1);
+    if (value >= 0)
+        *field = static_cast<Integer>(value);
+}
+
+void readReserved(CheckedObject& overrides, std::array<quint16, 4>* words)
+{
+    int index = 0;
+    for (quint16& word : *words)
+        word = static_cast<quint16>(
+            overrides.number(QStringLiteral("reserved%1").arg(++index), 0, 0xFFFF, 0));
+}
+
+QVector<quint16> readModels(CheckedObject& root)
+{
+    static const QRegularExpression form("^0x[0-9a-f]{4}$");
+    QVector<quint16> models;
+    for (const QString& text : root.texts("models")) {
+        if (!form.match(text).hasMatch())
+            root.fail(QStringLiteral("models[%1]").arg(models.size()),
+                      "must be a model code such as \"0x0901\"");
+        models.append(text.toUShort(nullptr, 16));
+    }
+    return models;
+}
+
+QVector<ImageRecord> readRecords(CheckedObject& object)
+{
+    static const QRegularExpression form("^([0-9a-f]{2})*$");
+    QVector<ImageRecord> records;
+    for (const QString& text : object.texts("records")) {
+        if (!form.match(text).hasMatch() || text.size() > 2 * maxRecordBytes)
+            object.fail(QStringLiteral("records[%1]").arg(records.size()),
+                        QStringLiteral("must be up to %1 bytes in hexadecimal, such as \"01fe\"")
+                            .arg(maxRecordBytes));
+        records.append(QByteArray::fromHex(text.toLatin1()));
+    }
+    return records;
+}
+
+QByteArray readText(CheckedObject& object, int maxBytes)
+{
+    const QString text = object.text("text", QString());
+    if (text.size() > maxBytes)
+        object.fail("text", QStringLiteral("must be at most %1 characters").arg(maxBytes));
+    if (QString::fromLatin1(text.toLatin1()) != text)
+        object.fail("text", "must be Latin-1");
+    return text.toLatin1();
+}
+
+/// Reads one description, whose blocks together must not grow beyond all bounds.
+class DescriptionReader
+{
+public:
+    ControllerImage readController(CheckedObject& root);
+    CameraUpdateFile readCamera(CheckedObject& root);
+
+private:
+    ControllerImageBlock readBlock(CheckedObject& object, const ControllerImage& image);
+    CameraImage readImage(CheckedObject& object, const CameraUpdateFile& file);
+    void readContent(CheckedObject& object, CheckedObject& overrides, const PayloadHead& head,
+                     RecordBlock* block);
+    QByteArray readPayload(CheckedObject payload, int recordLength, const PayloadHead& head);
+
+    QString m_appendix;
+    qint64 m_payloadBytes = 0;
+};
+
+ControllerImage DescriptionReader::readController(CheckedObject& root)
+{
+    ControllerImage image;
+    const bool plain = root.choice("layout", {"plain", "dated"}) == 0;
+    image.layout = plain ? ImageLayout::Plain : ImageLayout::Dated;
+    image.modelFamily = root.choice("modelFamily", {"ZAN", "BRIARSCOPE3"}, 0) * briarscopeFamily;
+
+    const ReleaseText release = readRelease(root);
+    m_appendix = release.appendix;
+    image.release = release.version;
+    if (!plain) {
+        image.preReleaseType = release.preReleaseType;
+        image.preReleaseNumber = release.preReleaseNumber;
+        image.releaseDate = readDate(root, "releaseDate");
+        image.minorReleaseDate = readDate(root, "minorReleaseDate");
+    }
+    image.newPt = readVersion(root, "newPt", 3);
+    image.newCt = readVersion(root, "newCt", 2);
+    image.minPt = readVersion(root, "minPt", 3);
+    image.minCt = readVersion(root, "minCt", 2);
+
+    CheckedObject overrides = root.objectOrEmpty("override");
+    readOverride(overrides, "magic", &image.magic);
+    readOverride(overrides, "blockCount", &image.blockCount);
+    readReserved(overrides, &image.reserved);
+    overrides.finish();
+
+    for (CheckedObject& object : root.objects("blocks"))
+        image.blocks.append(readBlock(object, image));
+    return image;
+}
+
+ControllerImageBlock DescriptionReader::readBlock(CheckedObject& object,
+                                                  const ControllerImage& image)
+{
+    ControllerImageBlock block;
+    const bool firmware = object.choice("type", {"firmware", "system"}) == 0;
+    block.type = firmware ? FirmwareBlock : SystemBlock;
+    const int parts = imageformat::versionParts(block.type);
+    block.minVer = readVersion(object, "minVersion", parts);
+    block.maxVer = readVersion(object, "maxVersion", parts);
+    block.text = readText(object, imageformat::maxBlockTextBytes);
+
+    CheckedObject overrides = object.objectOrEmpty("override");
+    block.type = static_cast<quint16>(overrides.number("type", 0, 0xFFFF, block.type));
+    if (firmware)
+        readContent(object, overrides,
+                    {PayloadComponent::TrackingSoftware, image.newPt, m_appendix}, &block);
+    else
+        readContent(object, overrides,
+                    {PayloadComponent::ControllerFirmware, image.newCt, QString()}, &block);
+    return block;
+}
+
+CameraUpdateFile DescriptionReader::readCamera(CheckedObject& root)
+{
+    CameraUpdateFile file;
+    file.newVer = readVersion(root, "newVersion", 3);
+    file.minVer = readVersion(root, "minVersion", 3);
+    file.models = readModels(root);
+
+    CheckedObject overrides = root.objectOrEmpty("override");
+    readOverride(overrides, "magic", &file.magic);
+    readOverride(overrides, "modelCount", &file.modelCount);
+    readOverride(overrides, "imageCount", &file.imageCount);
+    readReserved(overrides, &file.reserved);
+    overrides.finish();
+
+    for (CheckedObject& object : root.objects("images"))
+        file.images.append(readImage(object, file));
+    return file;
+}
+
+CameraImage DescriptionReader::readImage(CheckedObject& object, const CameraUpdateFile& file)
+{
+    CameraImage image;
+    image.text = readText(object, imageformat::maxCameraTextBytes);
+    CheckedObject overrides = object.objectOrEmpty("override");
+    readContent(object, overrides, {PayloadComponent::CameraFirmware, file.newVer, QString()},
+                &image);
+    return image;
+}
+
+void DescriptionReader::readContent(CheckedObject& object, CheckedObject& overrides,
+                                    const PayloadHead& head, RecordBlock* block)
+{
+    if (object.contains("records")) {
+        block->records = readRecords(object);
+    } else {
+        const auto length =
+            static_cast<int>(object.number("recordLength", 1, maxRecordBytes, maxRecordBytes));
+        block->records =
+            splitIntoRecords(readPayload(object.object("payload"), length, head), length);
+    }
+    readOverride(overrides, "magic", &block->magic);
+    readOverride(overrides, "textLength", &block->textLength);
+    readOverride(overrides, "recordCount", &block->recordCount);
+    readOverride(overrides, "maxRecordLength", &block->maxRecordLength);
+    readOverride(overrides, "offset", &block->offset);
+    readOverride(overrides, "length", &block->length);
+    overrides.finish();
+    object.finish();
+}
+
+QByteArray DescriptionReader::readPayload(CheckedObject payload, int recordLength,
+                                          const PayloadHead& head)
+{
+    const qint64 size = payload.number("records", 1, maxPayloadBytes) * recordLength;
+    const auto seed =
+        static_cast<quint32>(payload.number("seed", 0, std::numeric_limits<quint32>::max(), 1));
+    payload.finish();
+
+    m_payloadBytes += size;
+    if (size < payloadOverhead)
+        payload.fail("records", QStringLiteral("too few for the %1 bytes of a payload's head "
+                                               "and checksum")
+                                    .arg(payloadOverhead));
+    if (m_payloadBytes > maxPayloadBytes)
+        payload.fail(
+            "records",
+            QStringLiteral("the payloads of a file must not exceed %1 bytes").arg(maxPayloadBytes));
+    if (!payload.ok())
+        return QByteArray();
+    return makePayload(head, static_cast<int>(size) - payloadOverhead, seed);
+}
+
+} // namespace
+
+std::optional<UpdateFile> readImageDescription(const QByteArray& json, const QString& fileName,
+                                               QString* error)
+{
+    const auto document = parseJsonObject(json, fileName, error);
+    if (!document)
+        return std::nullopt;
+
+    CheckedObject root(*document, fileName, error);
+    DescriptionReader reader;
+    UpdateFile file;
+    if (root.choice("kind", {"controller", "camera"}) == 0)
+        file = reader.readController(root);
+    else
+        file = reader.readCamera(root);
+    root.finish();
+    if (!root.ok())
+        return std::nullopt;
+    return file;
+}
