@@ -24,6 +24,9 @@ inline constexpr VersionInfo PROTOCOL_SLAVE_MODEL(1, 23);
 /// The commands number slaves and cameras with two digits; a larger count is a garbled reply.
 inline constexpr int MAX_NUMBERED_DEVICES = 99;
 
+/// No system has more hardware entries; a larger count is a garbled reply.
+inline constexpr int MAX_HARDWARE_ENTRIES = 1000;
+
 /// Records of update files carry at most this many bytes.
 inline constexpr int MAX_RECORD_BYTES = 120;
 

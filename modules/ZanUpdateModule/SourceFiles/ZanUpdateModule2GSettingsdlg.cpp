@@ -1,0 +1,1182 @@
+#include "ZanUpdateModule2GSettingsdlg.h"
+
+#include "ZanController.h"
+#include "ZanData.h"
+#include "ZanDisplay.h"
+#include "camfilereader.h"
+#include "camupdatedata.h"
+#include "globaldefines.h"
+#include "hostlog.h"
+#include "imageblockreader.h"
+#include "littleendianreader.h"
+#include "newfeaturedialog.h"
+#include "replybuffer.h"
+#include "searchhardwaredlg.h"
+#include "sixbitencoding.h"
+#include "zanmoduleserver.h"
+#include "zanupdatemessagereceiver.h"
+
+#include <BackendVersions>
+#include <IOManager>
+
+#include <QDir>
+#include <QDomDocument>
+#include <QFile>
+#include <QGridLayout>
+#include <QKeyEvent>
+#include <QScopedValueRollback>
+#include <QSpacerItem>
+#include <QTextStream>
+#include <QThread>
+#include <QTimer>
+
+#include <algorithm>
+#include <array>
+
+static const char* const TITLE = "VORNIX3";
+
+// ---- Construction and opening
+
+ZanUpdateModule2GSettingsdlg::ZanUpdateModule2GSettingsdlg(IOManager* iom, QWidget* parent,
+                                                           BackendVersions* beVers,
+                                                           QString moduleVersion,
+                                                           NewFeatureDialog* newFeatureDialog)
+    : QDialog(parent), iom(iom), beVers(beVers), m_parent(parent),
+      m_hardware_info_file_dir(QCoreApplication::applicationDirPath() +
+                               QLatin1String("/hardware_info.txt")),
+      m_new_feature_dialog(newFeatureDialog),
+      sConfigDir(QDir::homePath() + QLatin1String("/.ORV/VORNIX3/modules/zanupdate/") +
+                 moduleVersion + QLatin1String("/config"))
+{
+    ui.setupUi(this);
+    setupTablewidget();
+    ui.progressBar->setValue(0);
+    ui.label_controllerisuptodate->setText(QString());
+    loadSettings();
+    initMessageReceiver();
+    m_progressTimer = new QTimer(this);
+    m_progressTimer->setInterval(100);
+    connect(m_progressTimer, &QTimer::timeout, this,
+            &ZanUpdateModule2GSettingsdlg::doProgressTimer);
+}
+
+ZanUpdateModule2GSettingsdlg::~ZanUpdateModule2GSettingsdlg()
+{
+    delete m_progressTimer;
+    saveSettingsToXml();
+}
+
+void ZanUpdateModule2GSettingsdlg::initMessageReceiver()
+{
+    messageReceiver = new ZanUpdateMessageReceiver(this, iom);
+    iom->register_receiver("UpdateModule", messageReceiver);
+    connect(messageReceiver, &ZanUpdateMessageReceiver::sendCheckForOldFrontendOrBackend, this,
+            &ZanUpdateModule2GSettingsdlg::onSendCheckForOldFrontendOrBackend);
+    connect(messageReceiver, &ZanUpdateMessageReceiver::sendModuleParentVersion,
+            m_new_feature_dialog, &NewFeatureDialog::onSendFEVersion);
+    connect(messageReceiver, &ZanUpdateMessageReceiver::sendDarkThemeEnabled, m_new_feature_dialog,
+            &NewFeatureDialog::onDarkThemeEnabled);
+}
+
+ZanModuleServer* ZanUpdateModule2GSettingsdlg::server() const
+{
+    return ZanModuleServer::Exemplar(iom, QCoreApplication::applicationDirPath(), beVers);
+}
+
+int ZanUpdateModule2GSettingsdlg::update_and_exec()
+{
+    // A run works on the rows that this would delete.
+    if (m_isRunUnderWay)
+        return QDialog::Rejected;
+    showWhatInDialog(QString());
+    showMessageInDialog(QString(), 0);
+    updateTablewidget();
+    showWhatIsDue();
+    return exec();
+}
+
+static QString dueText(bool isCameraUpdate)
+{
+    if (isCameraUpdate) {
+        return QStringLiteral("The VORNIX3 frontend has detected that the firmware of your "
+                              "camera(s) is an older version than available. \nPlease update your "
+                              "camera(s).");
+    }
+    return QStringLiteral("The VORNIX3 frontend has detected that the firmware on your Controller "
+                          "is an older version than the VORNIX3 version installed on this "
+                          "workstation. \nPlease update your controller.");
+}
+
+void ZanUpdateModule2GSettingsdlg::showWhatIsDue()
+{
+    const ZanModuleServer* inventory = server();
+    const bool hasRows = ui.tableWidget->rowCount() > 0;
+    ui.label_updates->setText(hasRows ? dueText(inventory->isCameraUpdate())
+                                      : QStringLiteral("Controller(s) and cameras are up to date"));
+    ui.label_recommendBackup->setEnabled(hasRows);
+    ui.pushButton_update->setEnabled(hasRows && isMinOneUpdateSelected());
+    ui.label_recommendBackup->setVisible(!inventory->isCameraUpdateOnly());
+}
+
+void ZanUpdateModule2GSettingsdlg::onTimer()
+{
+    if (bCheckForOldFrontendBackend)
+        update_and_exec();
+}
+
+void ZanUpdateModule2GSettingsdlg::onDisplayMsgNoValidIp()
+{
+    QMessageBox::warning(
+        this, tr("Warning"),
+        QStringLiteral("The Controller's network is set to 'DHCP';\n"
+                       "as it currently is using the fallback IP address,\n"
+                       "there might have been no DHCP server present during booting.\n"
+                       "\n"
+                       "Caution: Possibly the Controller cannot be connected after the update!\n"
+                       "\n"
+                       "Please set a valid IP address before updating the Controller.\n"
+                       "(Settings -> Controller -> IP address and subnet mask)\n"),
+        QMessageBox::Ok);
+}
+
+void ZanUpdateModule2GSettingsdlg::onTimerShowNewFeature()
+{
+    if (!bShowNewFeatures)
+        return;
+    m_new_feature_dialog->set_trigger_at_start(true);
+    m_new_feature_dialog->update_and_exec();
+    m_new_feature_dialog->set_trigger_at_start(false);
+    bShowNewFeatures = false;
+}
+
+void ZanUpdateModule2GSettingsdlg::onSendCheckForOldFrontendOrBackend(bool flag)
+{
+    bCheckForOldFrontendBackend = flag;
+}
+
+void ZanUpdateModule2GSettingsdlg::on_pushButton_exit_clicked()
+{
+    if (ui.tableWidget->rowCount() > 0) {
+        QMessageBox::information(this, TITLE,
+                                 QStringLiteral("To start the update process later,\n"
+                                                "open the update dialog again using the menu\n"
+                                                "Help -> Controller and Camera Update"),
+                                 QMessageBox::Ok);
+    }
+    accept();
+}
+
+void ZanUpdateModule2GSettingsdlg::keyPressEvent(QKeyEvent* event)
+{
+    // The hidden key works whether or not the button is enabled, on purpose.
+    if (event->key() == Qt::Key_F3)
+        on_pushButton_update_clicked();
+    else
+        QDialog::keyPressEvent(event);
+}
+
+void ZanUpdateModule2GSettingsdlg::resizeEvent(QResizeEvent* /*event*/)
+{
+    setTableColumnWidth();
+}
+
+void ZanUpdateModule2GSettingsdlg::showMessageInDialog(const QString& text, int progress)
+{
+    ui.label_msg->setText(text);
+    ui.progressBar->setValue(progress);
+}
+
+void ZanUpdateModule2GSettingsdlg::showWhatInDialog(const QString& text)
+{
+    ui.label_what->setText(text);
+}
+
+// ---- Preferences file, described in docs/formats.md
+
+static const char* const PREFERENCES_ROOT = "VORNIX";
+static const char* const WHATS_NEW_TAG = "WHATISNEW";
+static const char* const SHOW_AT_START = "SHOW_AT_START";
+
+QString ZanUpdateModule2GSettingsdlg::preferencesFile() const
+{
+    return sConfigDir + QLatin1String("/zanupdate-preferences.xml");
+}
+
+void ZanUpdateModule2GSettingsdlg::loadSettings()
+{
+    QFile file(preferencesFile());
+    if (!file.exists()) {
+        // The ordinary first start of this version of the plug-in.
+        bShowNewFeatures = true;
+        return;
+    }
+    if (!file.open(QIODevice::ReadOnly)) {
+        logToHost(iom, QStringLiteral("Error: Loading ZANupdate preferences. File %1 cannot be "
+                                      "opened for reading. Using built-in values")
+                           .arg(file.fileName()));
+        return;
+    }
+    QDomDocument xml;
+    QString errorMsg;
+    int errorLine = 0;
+    int errorColumn = 0;
+    if (!xml.setContent(&file, false, &errorMsg, &errorLine, &errorColumn)) {
+        logToHost(iom, QStringLiteral("Error: Loading ZANupdate preferences while parsing %1 "
+                                      "(Line %2, Column %3) :\n%4. Using built-in values")
+                           .arg(file.fileName(), QString::number(errorLine),
+                                QString::number(errorColumn), errorMsg));
+        return;
+    }
+    if (xml.documentElement().tagName() != QLatin1String(PREFERENCES_ROOT)) {
+        logToHost(iom, QStringLiteral("Error: Loading ZANupdate preferences while parsing %1 : The "
+                                      "file doesn't look like a valid preferences file. Using "
+                                      "built-in values")
+                           .arg(file.fileName()));
+        return;
+    }
+    for (QDomNode node = xml.documentElement().firstChild(); !node.isNull();
+         node = node.nextSibling())
+        readSettings(node.toElement());
+}
+
+void ZanUpdateModule2GSettingsdlg::readSettings(const QDomElement& element)
+{
+    if (element.isNull() || element.tagName() != QLatin1String(WHATS_NEW_TAG))
+        return;
+    bShowNewFeatures =
+        element.attribute(SHOW_AT_START, QStringLiteral("false")) == QLatin1String("true");
+}
+
+static QDomDocument preferencesDocument(bool showAtStart)
+{
+    QDomDocument xml;
+    xml.appendChild(xml.createProcessingInstruction(
+        QStringLiteral("xml"), QStringLiteral("version=\"1.0\" encoding=\"UTF-8\"")));
+    QDomElement root = xml.createElement(PREFERENCES_ROOT);
+    xml.appendChild(root);
+    QDomElement elemFile = xml.createElement(WHATS_NEW_TAG);
+    if (showAtStart)
+        elemFile.setAttribute(SHOW_AT_START, QStringLiteral("true"));
+    root.appendChild(elemFile);
+    return xml;
+}
+
+void ZanUpdateModule2GSettingsdlg::saveSettingsToXml()
+{
+    const QDir dir(sConfigDir);
+    if (!dir.exists() && !dir.mkpath(dir.path())) {
+        logToHost(iom, QStringLiteral("Error: Writing ZANupdate preferences. Directory %1 doesn't "
+                                      "exist and cannot be created")
+                           .arg(dir.path()));
+        return;
+    }
+    QFile file(preferencesFile());
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Text)) {
+        logToHost(iom, QStringLiteral("Error: Writing ZANupdate preferences. File %1 cannot be "
+                                      "opened for writing")
+                           .arg(file.fileName()));
+        return;
+    }
+    QTextStream ts(&file);
+    preferencesDocument(bShowNewFeatures).save(ts, 4, QDomNode::EncodingFromDocument);
+}
+
+// ---- Table of updates
+
+static const std::array<const char*, 6> COLUMN_TITLES = {"Update", "Type",      "From",
+                                                         "To",     "Possible?", "Reboot?"};
+// Share of the table's width, from column 1 on. The last entry is never used; it stays.
+static const std::array<double, 5> colWidth = {0.49, 0.1, 0.1, 0.1, 0.1};
+
+void ZanUpdateModule2GSettingsdlg::setupTablewidget()
+{
+    QStringList titles;
+    for (const char* title : COLUMN_TITLES)
+        titles += QString::fromLatin1(title);
+    ui.tableWidget->setColumnCount(titles.size());
+    ui.tableWidget->setRowCount(0);
+    ui.tableWidget->setHorizontalHeaderLabels(titles);
+    ui.tableWidget->verticalHeader()->hide();
+    ui.tableWidget->horizontalHeader()->setSectionsClickable(false);
+    ui.tableWidget->horizontalHeader()->setStretchLastSection(true);
+    ui.tableWidget->setSelectionMode(QAbstractItemView::NoSelection);
+    ui.tableWidget->setEditTriggers(QAbstractItemView::NoEditTriggers);
+}
+
+void ZanUpdateModule2GSettingsdlg::updateTablewidget()
+{
+    ZanModuleServer* inventory = server();
+    inventory->redo_fillListZanDisplay();
+    const QList<ZanDisplay*>& rows = inventory->listZanDisplay;
+    ui.tableWidget->setRowCount(rows.size());
+    for (int row = 0; row < rows.size(); ++row)
+        fillTableRow(row, *rows.at(row));
+    ui.tableWidget->horizontalHeader()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
+    ui.tableWidget->horizontalHeader()->setStretchLastSection(true);
+}
+
+// A row that the inventory did not mark can never be ticked by hand.
+static QTableWidgetItem* makeCheckBox(const ZanDisplay& display)
+{
+    auto* box = new QTableWidgetItem;
+    const bool isOffered = display.toBeUpdated() && display.type() != ZAN_UPDATE_NOT_AVAILABLE;
+    box->setFlags(isOffered ? Qt::ItemIsUserCheckable | Qt::ItemIsEnabled : Qt::NoItemFlags);
+    box->setCheckState(isOffered ? Qt::Checked : Qt::Unchecked);
+    return box;
+}
+
+void ZanUpdateModule2GSettingsdlg::fillTableRow(int row, const ZanDisplay& display)
+{
+    ui.tableWidget->setItem(row, 0, makeCheckBox(display));
+    int column = 1;
+    for (const QString& text :
+         {display.typeString(), display.versionFrom().toString(), display.versionTo().toString(),
+          display.updatePossibleString(), display.rebootNecessaryString()})
+        ui.tableWidget->setItem(row, column++, new QTableWidgetItem(text));
+}
+
+void ZanUpdateModule2GSettingsdlg::setTableColumnWidth()
+{
+    for (int column = 1; column < std::min(ui.tableWidget->columnCount(), 5); ++column) {
+        const double width = colWidth.at(column - 1) * ui.tableWidget->width();
+        ui.tableWidget->setColumnWidth(column, static_cast<int>(width));
+    }
+}
+
+bool ZanUpdateModule2GSettingsdlg::isMinOneUpdateSelected() const
+{
+    for (int row = 0; row < ui.tableWidget->rowCount(); ++row) {
+        if (ui.tableWidget->item(row, 0)->checkState() == Qt::Checked)
+            return true;
+    }
+    return false;
+}
+
+bool ZanUpdateModule2GSettingsdlg::isCascade() const
+{
+    return server()->listZanController.size() > 1;
+}
+
+// Looks at the rows, greyed ones included, and not at the list of controllers.
+bool ZanUpdateModule2GSettingsdlg::isCascadeOnlyPartlySelected() const
+{
+    const QList<ZanDisplay*>& rows = server()->listZanDisplay;
+    const bool bIsCascade = std::any_of(rows.begin(), rows.end(), [](const ZanDisplay* row) {
+        return row->controller() && row->controller()->isSlave();
+    });
+    if (!bIsCascade)
+        return false;
+    const auto iCountToBeUpdated = std::count_if(
+        rows.begin(), rows.end(), [](const ZanDisplay* row) { return row->toBeUpdated(); });
+    return iCountToBeUpdated > 0 && iCountToBeUpdated < rows.size();
+}
+
+void ZanUpdateModule2GSettingsdlg::on_tableWidget_cellClicked(int row, int col)
+{
+    if (col != 0)
+        return;
+    ui.pushButton_update->setEnabled(isMinOneUpdateSelected());
+    if (ZanDisplay* display = server()->listZanDisplay.value(row))
+        display->setToBeUpdated(ui.tableWidget->item(row, 0)->checkState());
+    if (!isCascadeOnlyPartlySelected())
+        return;
+    QMessageBox::warning(
+        this, QStringLiteral("Warning"),
+        QStringLiteral("You intend to update the Cascaded System only partially!\n\n"
+                       "There's the risk of creating an inconsistent system\n"
+                       "and the Cascaded System might not work properly thereafter!"),
+        QMessageBox::Ok);
+}
+
+// ---- Checks before a run
+
+void ZanUpdateModule2GSettingsdlg::on_pushButton_update_clicked()
+{
+    // The hidden key can arrive here while a run serves events.
+    if (m_isRunUnderWay)
+        return;
+    const QScopedValueRollback<bool> underWay(m_isRunUnderWay, true);
+    if (!passesChecks())
+        return;
+    ui.pushButton_update->setEnabled(false);
+    ui.pushButton_exit->setEnabled(false);
+    startUpdate();
+    ui.pushButton_update->setEnabled(true);
+    ui.pushButton_exit->setEnabled(true);
+}
+
+static QString discontinuedText(const QList<ZanController*>& discontinuedZan)
+{
+    QStringList names;
+    for (const ZanController* controller : discontinuedZan) {
+        names +=
+            QStringLiteral("%1 (SN %2)")
+                .arg(controller->hostname(), QString::number(controller->getControllerSerial()));
+    }
+    return QStringLiteral("An update to the selected version is not possible due to discontinued "
+                          "support for your controller.\n\nPlease contact O.R.V. for support.\n\n"
+                          "Discontinued controllers: %1")
+        .arg(names.join(QStringLiteral(", ")));
+}
+
+bool ZanUpdateModule2GSettingsdlg::passesChecks()
+{
+    QList<ZanController*> discontinuedZan;
+    if (!zan_is_supported(&discontinuedZan)) {
+        QMessageBox::warning(this, TITLE, discontinuedText(discontinuedZan), QMessageBox::Ok);
+        return false;
+    }
+    if (!is_update_possible()) {
+        QMessageBox::warning(
+            this, TITLE,
+            QStringLiteral("Controller Update to the next version is not possible due to "
+                           "incompatible hardware.\n\nThe hardware information is saved to: "
+                           "\"%1.\"\n\nPlease contact O.R.V. for support.")
+                .arg(m_hardware_info_file_dir),
+            QMessageBox::Ok);
+        return false;
+    }
+    if (warnInstallNewFirmware(server()) == QMessageBox::No || !stopMeasurement())
+        return false;
+    askForWolSlaves();
+    return true;
+}
+
+static bool isSupportedBoard(const QString& description)
+{
+    const QString board = description.toUpper();
+    for (const char* supported :
+         {"SB330", "SB331", "SB332", "SB333", "D3231", "FUJITSU", "CINCOZE"}) {
+        if (board.contains(QLatin1String(supported)))
+            return true;
+    }
+    return false;
+}
+
+static bool isSupportedSlaveSerial(int serial)
+{
+    switch (serial) {
+    case 124:
+    case 258:
+    case 350:
+    case 457:
+        return true;
+    case 521:
+    case 522:
+    case 533:
+        return false;
+    default:
+        return serial > 517;
+    }
+}
+
+static bool isDiscontinued(const ZanController& controller)
+{
+    if (controller.getSystemModel() != 0 && controller.getSystemModel() != 2)
+        return false;
+    return controller.isSlave() ? !isSupportedSlaveSerial(controller.getControllerSerial())
+                                : !isSupportedBoard(controller.getMainboardDesc());
+}
+
+bool ZanUpdateModule2GSettingsdlg::zan_is_supported(QList<ZanController*>* discontinuedZan)
+{
+    discontinuedZan->clear();
+    for (const ZanDisplay* row : qAsConst(server()->listZanDisplay)) {
+        if (!row->toBeUpdated() || row->type() == CAMERA_UPDATE)
+            continue;
+        if (row->controller() && isDiscontinued(*row->controller()))
+            discontinuedZan->append(row->controller());
+    }
+    return discontinuedZan->isEmpty();
+}
+
+// The hardware is asked for but compared with nothing at present, so nothing is refused here.
+bool ZanUpdateModule2GSettingsdlg::is_update_possible()
+{
+    if (!protocolAtLeast(beVers, PROTOCOL_HARDWARE_LIST))
+        return true;
+    int iCount = 0;
+    if (iom->get_int(&iCount, "system extra number_of_hardware") != 0)
+        iCount = 0;
+    for (int i = 1; i <= std::min(iCount, MAX_HARDWARE_ENTRIES); ++i) {
+        ReplyBuffer<> r;
+        if (iom->get_string(r.forReply(), "system extra hardware h%d", i) != 0)
+            break;
+    }
+    return true;
+}
+
+struct ZanUpdateModule2GSettingsdlg::SelectedVersions
+{
+    VersionInfo version_cur = VersionInfo(99, 9, 9);
+    VersionInfo version_new = VersionInfo(0, 0, 0);
+    int iNumZanForUpdate = 0;
+
+    void add(const ZanDisplay& row)
+    {
+        if (row.controller()) {
+            version_cur = std::min(version_cur, row.controller()->getVersionLumasolver());
+            ++iNumZanForUpdate;
+        }
+        if (!row.update())
+            return;
+        // Measured against the lowest version seen so far, so the order of the rows counts.
+        const VersionInfo offered = row.update()->newPtVersion();
+        if (version_cur.major() < offered.major())
+            version_new = std::max(version_new, offered);
+    }
+
+    bool crosses(const VersionInfo& border) const
+    {
+        return version_cur < border && version_new >= border;
+    }
+};
+
+int ZanUpdateModule2GSettingsdlg::warnInstallNewFirmware(ZanModuleServer* srv)
+{
+    SelectedVersions versions;
+    for (const ZanDisplay* row : qAsConst(srv->listZanDisplay)) {
+        if (row->toBeUpdated() && row->type() != CAMERA_UPDATE)
+            versions.add(*row);
+    }
+    return versions.iNumZanForUpdate == 0 ? confirmCameras() : confirmControllers(versions);
+}
+
+static void askYesOrNo(QMessageBox* box)
+{
+    box->setStandardButtons(QMessageBox::Yes | QMessageBox::No);
+    box->setDefaultButton(QMessageBox::No);
+    box->setIcon(QMessageBox::Information);
+}
+
+int ZanUpdateModule2GSettingsdlg::confirmCameras()
+{
+    QMessageBox box(this);
+    box.setWindowTitle(TITLE);
+    box.setText(QStringLiteral("This action will install new firmware to your camera(s)."));
+    box.setInformativeText(QStringLiteral("Do you really want to update?"));
+    askYesOrNo(&box);
+    return box.exec();
+}
+
+// Last of all, since a message box lays itself out anew when its texts or its icon are set.
+static void widen(QMessageBox* box)
+{
+    if (auto* grid = qobject_cast<QGridLayout*>(box->layout())) {
+        grid->addItem(new QSpacerItem(500, 0, QSizePolicy::Minimum, QSizePolicy::Expanding),
+                      grid->rowCount(), 0, 1, grid->columnCount());
+    }
+}
+
+int ZanUpdateModule2GSettingsdlg::confirmControllers(const SelectedVersions& versions)
+{
+    int nbWarnings = 0;
+    QStringList warntext;
+    m_bShowWarningv2xxv3xx = versions.crosses(VersionInfo(3, 0, 0));
+    if (m_bShowWarningv2xxv3xx)
+        nbWarnings = warnInstallNewFirmware_2xx_3xx(&warntext);
+    if (versions.crosses(VersionInfo(4, 0, 0)))
+        nbWarnings += warnInstallNewFirmware_3xx_4xx(&warntext);
+    if (nbWarnings > 0) {
+        warntext.prepend(QStringLiteral("<ul>"));
+        warntext.prepend(
+            QStringLiteral("<b><font color=#d42020>Please be aware that...</font></b>"));
+        warntext << QStringLiteral("</ul>")
+                 << QStringLiteral("A downgrade to Vornix2 is only possible by sending the "
+                                   "Controller to O.R.V.")
+                 << QStringLiteral("<p>")
+                 << QStringLiteral("If you are unsure, please contact O.R.V. for support.");
+    }
+    warntext << QStringLiteral("<p>") << QStringLiteral("<b>Do you really want to update?</b>");
+
+    QMessageBox box(this);
+    box.setWindowTitle(TITLE);
+    box.setText(QStringLiteral("This action will install new firmware to your Controller."));
+    box.setTextFormat(Qt::RichText);
+    box.setInformativeText(warntext.join(QString()));
+    askYesOrNo(&box);
+    widen(&box);
+    return box.exec();
+}
+
+int ZanUpdateModule2GSettingsdlg::warnInstallNewFirmware_2xx_3xx(QStringList* w)
+{
+    const QStringList bullets = {
+        QStringLiteral("<li>support expires for peripherals: <i>Airwand1</i>, <i>Radio Bridge "
+                       "RB1</i> and <i>Gripsense Haptic Sample</i></li>"),
+        QStringLiteral("<li>support expires for Controller hardware: <i>Micro-Star MS-x</i>, "
+                       "<i>Gigabyte G31/G41x</i>, <i>Asus P5G41</i> and <i>DFI/ACP "
+                       "EL331</i></li>"),
+        QStringLiteral("<li>in cascaded systems all Controllers will have to be updated to "
+                       "VORNIX3</li>")};
+    *w += bullets;
+    return bullets.size();
+}
+
+// A hook of its own for the step across version 4, which needs no warning at present.
+int ZanUpdateModule2GSettingsdlg::warnInstallNewFirmware_3xx_4xx(QStringList* /*w*/)
+{
+    return 0;
+}
+
+bool ZanUpdateModule2GSettingsdlg::stopMeasurement()
+{
+    ReplyBuffer<LONG_TEXT_BYTES> res;
+    // The result is not looked at, on purpose: an empty text leads to no stop command.
+    (void)iom->get_string(res.forReply(), "status active");
+    if (!res.equals("mea"))
+        return true;
+    ReplyBuffer<LONG_TEXT_BYTES> result;
+    (void)iom->send_command(result.forReply(), "vornix2 tracking stop");
+    if (result.equals("vornix2 ok"))
+        return true;
+    logToHost(iom, QStringLiteral("measurement stop unsuccessful"));
+    return false;
+}
+
+void ZanUpdateModule2GSettingsdlg::askForWolSlaves()
+{
+    ReplyBuffer<LONG_TEXT_BYTES> res;
+    if (iom->get_string(res.forReply(), "cascade wol_slaves") != 0)
+        res.set("no");
+    m_bIsWolSlavesActive = res.equals("yes");
+}
+
+// ---- Run
+
+bool ZanUpdateModule2GSettingsdlg::confirmStart()
+{
+    QMessageBox box(QMessageBox::Information, tr("VORNIX3"),
+                    tr("Don't stop the update process until it is finished!"),
+                    QMessageBox::Ok | QMessageBox::Cancel, this);
+    return box.exec() != QMessageBox::Cancel;
+}
+
+void ZanUpdateModule2GSettingsdlg::startUpdate()
+{
+    showMessageInDialog(QString(), 0);
+    if (!confirmStart())
+        return;
+    ui.label_updates->setText(QStringLiteral("Updating Controller.."));
+    nUpdateRemainingSeconds = 0;
+    indexBlocksMustUpdate = 0;
+    ZanModuleServer* zanMServ = server();
+    calcBlocksToUpdate(zanMServ);
+
+    int err = 0;
+    int nUpdatesDone = 0;
+    // A failed row does not stop the run; the results add up.
+    for (ZanDisplay* display : qAsConst(zanMServ->listZanDisplay)) {
+        if (display->type() == CAMERA_UPDATE) {
+            ui.label_updates->setText(QStringLiteral("Updating camera(s).."));
+            err += do_cam_update(display);
+            ++nUpdatesDone;
+        } else if (display->toBeUpdated() && display->updatePossible()) {
+            err += do_zan_update(display);
+            ++nUpdatesDone;
+        }
+    }
+    ui.label_updates->setText(QStringLiteral("Updating Controller..finished"));
+    if (nUpdatesDone > 0) {
+        showMessageUpdateSuccessful(err, false, zanMServ);
+    } else {
+        QMessageBox::information(this, tr("VORNIX3"),
+                                 tr("Nothing was updated, because no update is selected."),
+                                 QMessageBox::Ok);
+    }
+}
+
+void ZanUpdateModule2GSettingsdlg::calcBlocksToUpdate(ZanModuleServer* zanMServ)
+{
+    nBlocksMustUpdate = 0;
+    indexBlocksMustUpdate = 0;
+    for (const ZanDisplay* display : qAsConst(zanMServ->listZanDisplay)) {
+        if (isCounted(*display))
+            nBlocksMustUpdate += display->updateIndexes().size();
+    }
+}
+
+// The run itself has no such test of a slave, on purpose; the percentage is capped if one runs.
+bool ZanUpdateModule2GSettingsdlg::isCounted(const ZanDisplay& display) const
+{
+    if (!display.toBeUpdated() || !display.updatePossible())
+        return false;
+    const ZanController* controller = display.controller();
+    if (!controller || !controller->isSlave())
+        return true;
+    return protocolAtLeast(beVers, PROTOCOL_CASCADE) && !controller->ip().isEmpty();
+}
+
+static QString whatIsUpdated(ZAN_UPDATE_TYPE type, const QString& hostname)
+{
+    switch (type) {
+    case ZAN_FIRMWARE_UPDATE:
+        return QStringLiteral("Updating firmware (%1)").arg(hostname);
+    case ZAN_SYSTEM_UPDATE:
+        return QStringLiteral("Updating system (%1)").arg(hostname);
+    default:
+        return QString();
+    }
+}
+
+int ZanUpdateModule2GSettingsdlg::do_zan_update(ZanDisplay* display)
+{
+    showMessageInDialog(QString(), 1);
+    for (const int blockIndex : display->updateIndexes()) {
+        const ZAN_UPDATE_TYPE type = display->update()->getUpdateBlock(blockIndex)->type;
+        showWhatInDialog(whatIsUpdated(type, display->controller()->hostname()));
+        if (!display->controller()->setupRedirection())
+            return -44;
+        if (do_update_img_data(display->update(), blockIndex, indexBlocksMustUpdate) < 0) {
+            showMessageInDialog(QStringLiteral("Update not successful"), 0);
+            return -33;
+        }
+        // The controller needs this pause, and nothing may be sent meanwhile.
+        if (type == ZAN_SYSTEM_UPDATE)
+            QThread::msleep(2000);
+        ++indexBlocksMustUpdate;
+    }
+    showMessageInDialog(QStringLiteral("Update successful"), 100);
+    return 0;
+}
+
+// ---- Image streaming
+
+int ZanUpdateModule2GSettingsdlg::do_update_img_data(ZanData* update, int index, int ith)
+{
+    FILE* stream = update->getUpdateBlockInFile(index);
+    if (!stream)
+        return -1;
+    const BlockOutcome outcome = streamBlock(stream, *update, index, ith);
+    // Only a failure closes the stream; after a success it stays open, on purpose.
+    if (outcome.result != 0) {
+        std::fclose(stream);
+        showMessageInDialog(outcome.message, outcome.progress);
+    }
+    return outcome.result;
+}
+
+static QString blockReadMessage(BlockRead failure, const QString& file)
+{
+    return (failure == BlockRead::CannotRead ? QStringLiteral("cannot read file ")
+                                             : QStringLiteral("no software update file ")) +
+           file;
+}
+
+static int blockReadResult(BlockRead failure)
+{
+    return failure == BlockRead::CannotRead ? -3 : -4;
+}
+
+ZanUpdateModule2GSettingsdlg::BlockOutcome
+ZanUpdateModule2GSettingsdlg::streamBlock(FILE* stream, const ZanData& update, int index, int ith)
+{
+    LittleEndianReader reader(stream);
+    ImageBlockHead head;
+    const BlockRead read = readImageBlockHead(reader, update.getSystemModel(), &head);
+    if (read != BlockRead::Ok)
+        return {blockReadResult(read), blockReadMessage(read, update.fileName()), 1};
+    iValProgressBar = 0;
+    return streamRecords(reader, head, update, index, ith);
+}
+
+static const char* commandWord(ZAN_UPDATE_TYPE type)
+{
+    switch (type) {
+    case ZAN_FIRMWARE_UPDATE:
+        return "update";
+    case ZAN_SYSTEM_UPDATE:
+        return "ctupdt";
+    default:
+        return "";
+    }
+}
+
+ZanUpdateModule2GSettingsdlg::BlockOutcome
+ZanUpdateModule2GSettingsdlg::streamRecords(LittleEndianReader& reader, const ImageBlockHead& head,
+                                            const ZanData& update, int index, int ith)
+{
+    const char* senderCmd = commandWord(update.getUpdateBlock(index)->type);
+    UpdateRecord dat;
+    char cmd[LONG_TEXT_BYTES];
+    for (int sent = 0; sent < head.recordCount; ++sent) {
+        const BlockPosition position = {sent + 1, head.recordCount, index, ith};
+        if (sent % 1000 == 0 || position.icmd == position.ncmd)
+            showBlockProgress(position);
+        const BlockRead read = readImageRecord(reader, head.maxRecordLength, &dat);
+        if (read != BlockRead::Ok) {
+            iValProgressBar = std::max(iValProgressBar, 1);
+            return {blockReadResult(read), blockReadMessage(read, update.fileName()),
+                    iValProgressBar};
+        }
+        _dat2ascii(cmd, dat.data, dat.length);
+        BlockOutcome outcome = sendRecord(senderCmd, position, cmd);
+        if (outcome.result != 0)
+            return outcome;
+    }
+    return {};
+}
+
+// Only the last record of a block waits for the controller's final answer.
+ZanUpdateModule2GSettingsdlg::BlockOutcome
+ZanUpdateModule2GSettingsdlg::sendRecord(const char* senderCmd, const BlockPosition& position,
+                                         const char* cmd)
+{
+    const bool isLast = position.icmd == position.ncmd;
+    if (isLast)
+        iom->prepare_reply(1, qstrcmp(senderCmd, "ctupdt") == 0 ? 120000 : 20000, 1);
+    int failed = iom->set_value("system %s %d %d %s", senderCmd, position.ncmd, position.icmd, cmd);
+    if (isLast)
+        failed = iom->poll_reply(3);
+    if (failed == 0)
+        return {};
+    return {-1, QStringLiteral("Update not successful! Error code: %1").arg(isLast ? 2 : 1),
+            iValProgressBar};
+}
+
+int ZanUpdateModule2GSettingsdlg::_dat2ascii(char* str, const unsigned char* dat, int ndat)
+{
+    encodeSixBit(str, dat, ndat);
+    return 0;
+}
+
+unsigned char ZanUpdateModule2GSettingsdlg::_get_b6word(const unsigned char* dat, int ndat,
+                                                        int boffset)
+{
+    return sixBitWord(dat, ndat, boffset);
+}
+
+// ---- Camera run
+
+int ZanUpdateModule2GSettingsdlg::do_cam_update(ZanDisplay* display)
+{
+    if (!display->toBeUpdated())
+        return 0;
+    showWhatInDialog(QStringLiteral("Updating cameras"));
+    showWhatInDialog(QStringLiteral("Updating camera %1 %2")
+                         .arg(display->getCamModelDesc(), display->getCamSerial()));
+    const CamUpdateData& file = *display->getCamUpdate();
+    const int err = readCamFileInfo(true, display->indexCamForUpdate(), file.getFilename(),
+                                    file.getDurationLastCmdSec());
+    if (err == 0)
+        showMessageInDialog(QStringLiteral("Update of camera successful"), 100);
+    else if (err == -300) // a full bar also on this failure
+        showMessageInDialog(QStringLiteral("Update of camera was not successful"), 100);
+    return err;
+}
+
+static int readCamFileUpToImages(FILE* stream, int* imageCount)
+{
+    LittleEndianReader reader(stream);
+    CamFileHead head;
+    const int code = readCamFileHead(reader, &head);
+    return code != 0 ? code : readCamImageTable(reader, imageCount);
+}
+
+int ZanUpdateModule2GSettingsdlg::readCamFileInfo(bool bUpdate, int iCam, const QString& sFileName,
+                                                  double durationLastCmdSec)
+{
+    FILE* fp = std::fopen(sFileName.toLatin1().constData(), "rb");
+    int imageCount = 0;
+    int code = fp ? readCamFileUpToImages(fp, &imageCount) : -1;
+    const bool isHeadRead = code == 0;
+    for (int i = 0; code == 0 && i < imageCount; ++i)
+        code = readCameraUpdateInfo(fp, bUpdate, iCam, durationLastCmdSec);
+    if (fp)
+        std::fclose(fp);
+    if (code == 0)
+        return 0;
+
+    if (isHeadRead)
+        showMessageInDialog(QStringLiteral("update not successful ") + sFileName, 1);
+    else if (code == CAM_FILE_WRONG_MAGIC)
+        showMessageInDialog(QStringLiteral("no software update file ") + sFileName, 1);
+    else
+        showMessageInDialog(QStringLiteral("cannot read file ") + sFileName, 1);
+    return code;
+}
+
+static QString cameraImageMessage(int code)
+{
+    switch (code) {
+    case -222:
+        return QStringLiteral("Update not successful!");
+    case -300:
+        return QStringLiteral("camera update failed");
+    case -333:
+        return QStringLiteral("update failed");
+    default:
+        return QStringLiteral("cannot read file");
+    }
+}
+
+int ZanUpdateModule2GSettingsdlg::readCameraUpdateInfo(FILE* fp, bool bUpdate, int iCam,
+                                                       double durationLastCmdSec)
+{
+    quint32 num_update_data = 0;
+    LittleEndianReader reader(fp);
+    int code = readCamImageHead(reader, &num_update_data);
+    if (code == 0) {
+        iValProgressBar = 0;
+        showMessageInDialog(QString(), 0);
+        startProgressTimer(static_cast<int>(num_update_data), 0.00027, durationLastCmdSec);
+        code = sendCameraRecords(fp, bUpdate, iCam, num_update_data, durationLastCmdSec);
+        stopProgressTimer();
+    }
+    if (code != 0)
+        showMessageInDialog(cameraImageMessage(code), 1);
+    return code;
+}
+
+int ZanUpdateModule2GSettingsdlg::sendCameraRecords(FILE* fp, bool bUpdate, int iCam,
+                                                    quint32 num_update_data,
+                                                    double durationLastCmdSec)
+{
+    LittleEndianReader reader(fp);
+    UpdateRecord dat;
+    char cmd[LONG_TEXT_BYTES];
+    for (quint32 done = 0; done < num_update_data; ++done) {
+        const quint32 i = done + 1;
+        setProgressTimerSteps(static_cast<int>(i));
+        QCoreApplication::processEvents();
+        int code = readCamRecord(reader, &dat);
+        if (code != 0)
+            return code;
+        _dat2ascii(cmd, dat.data, dat.length);
+        if (!bUpdate)
+            continue;
+        const QString sCmd = QStringLiteral("vornix2 set camera update c%1 %2 %3 %4")
+                                 .arg(iCam + 1, 2, 10, QLatin1Char('0'))
+                                 .arg(num_update_data)
+                                 .arg(i)
+                                 .arg(QLatin1String(cmd));
+        code = sendCameraCommand(sCmd, i == num_update_data, durationLastCmdSec);
+        if (code != 0)
+            return code;
+    }
+    return 0;
+}
+
+// The reply is looked at after every record, but never for a positive confirmation.
+static int cameraReplyCode(const ReplyBuffer<>& res)
+{
+    if (!res.startsWith("vornix2 err"))
+        return 0;
+    const QString text = res.latin1().remove(QLatin1Char('"'));
+    return text.startsWith(QLatin1String("vornix2 err -26")) ? -300 : -333;
+}
+
+int ZanUpdateModule2GSettingsdlg::sendCameraCommand(const QString& sCmd, bool isLast,
+                                                    double durationLastCmdSec)
+{
+    static constexpr double GRACE_SECONDS = 10.0;
+    ReplyBuffer<> res;
+    if (isLast)
+        iom->prepare_reply(1, static_cast<int>(GRACE_SECONDS + durationLastCmdSec) * 1000, 1);
+    const int failed = iom->send_command(res.forReply(), "%s", sCmd.toLatin1().constData());
+    if (isLast && iom->poll_reply(3) != 0)
+        return -222;
+    if (!isLast && failed != 0)
+        return -200;
+    return cameraReplyCode(res);
+}
+
+// ---- Progress and remaining time
+
+// During a run the bar shows neither an empty nor a full state.
+static int shownPercentage(double percentage)
+{
+    if (percentage >= 98.0)
+        return 98;
+    return percentage >= 1.0 ? static_cast<int>(percentage) : 1;
+}
+
+void ZanUpdateModule2GSettingsdlg::showBlockProgress(const BlockPosition& position)
+{
+    static constexpr int lastStepSeconds = 12;
+    static constexpr int cmdsPerSecond = 2750;
+    static constexpr int cmdsPerFile = 80000;
+    static constexpr int secondsPerFurtherBlock = cmdsPerFile / cmdsPerSecond + lastStepSeconds;
+
+    const int done = position.icmd - 1;
+    const float f = 100.0F / static_cast<float>(nBlocksMustUpdate);
+    const float share =
+        std::min((static_cast<float>(done) + 1.0F) / static_cast<float>(position.ncmd), 1.0F);
+    iValProgressBar =
+        shownPercentage(static_cast<double>(f * (static_cast<float>(position.ith) + share)));
+
+    // The last record of the run keeps the previous estimate. The comparison is with the block's
+    // index in its image and not with its place in the run, on purpose.
+    const bool isKept = position.icmd == position.ncmd && nBlocksMustUpdate == position.index + 1;
+    if (nBlocksMustUpdate > 0 && !isKept) {
+        nUpdateRemainingSeconds = (nBlocksMustUpdate - position.ith - 1) * secondsPerFurtherBlock +
+                                  (position.ncmd - done) / cmdsPerSecond + lastStepSeconds;
+    }
+    updateRemainingTimeString();
+    QCoreApplication::processEvents();
+}
+
+static QString remainingTimeText(int seconds)
+{
+    if (seconds <= 0)
+        return QString();
+    QString text = QStringLiteral("Estimated remaining time: ");
+    if (seconds > 59)
+        text += QStringLiteral("%1 min ").arg(seconds / 60);
+    return text + QStringLiteral("%1 s").arg(seconds % 60);
+}
+
+void ZanUpdateModule2GSettingsdlg::updateRemainingTimeString()
+{
+    showMessageInDialog(remainingTimeText(nUpdateRemainingSeconds), iValProgressBar);
+}
+
+void ZanUpdateModule2GSettingsdlg::startProgressTimer(int numSteps, double durationStepSec,
+                                                      double durationLastStepSec)
+{
+    m_numSteps = numSteps;
+    m_durationStepSec = durationStepSec;
+    m_durationLastStepSec = durationLastStepSec;
+    m_actNumSteps = 0;
+    m_isLastStep = false;
+    m_progressTimer->start();
+}
+
+void ZanUpdateModule2GSettingsdlg::setProgressTimerSteps(int steps)
+{
+    m_actNumSteps = steps;
+}
+
+void ZanUpdateModule2GSettingsdlg::stopProgressTimer()
+{
+    m_progressTimer->stop();
+}
+
+void ZanUpdateModule2GSettingsdlg::doProgressTimer()
+{
+    double remainingSec = m_durationLastStepSec;
+    if (m_actNumSteps < m_numSteps) {
+        remainingSec += (m_numSteps - m_actNumSteps) * m_durationStepSec;
+    } else {
+        const auto now = std::chrono::steady_clock::now();
+        if (!m_isLastStep) {
+            m_isLastStep = true;
+            m_timLastStep = now;
+        }
+        remainingSec -= std::chrono::duration<double>(now - m_timLastStep).count();
+    }
+    const double d = m_numSteps * m_durationStepSec + m_durationLastStepSec;
+    showMessageInDialog(remainingTimeText(static_cast<int>(remainingSec)),
+                        shownPercentage((1.0 - remainingSec / d) * 100.0));
+}
+
+// ---- Completion and restart
+
+void ZanUpdateModule2GSettingsdlg::showMessageUpdateSuccessful(int err, bool bCascade,
+                                                               ZanModuleServer* zanMServ)
+{
+    if (err != 0) {
+        showFailure(err);
+        return;
+    }
+    if (!protocolAtLeast(beVers, PROTOCOL_RESTART)) {
+        finishOnOldBackend(bCascade);
+        return;
+    }
+    CompletionTexts texts = completionTexts(bCascade, zanMServ);
+    const bool isCameraUpdate = zanMServ->isCameraUpdate();
+    if (!isCameraUpdate && beVers->zanModel() != QLatin1String("BRIARSCOPE"))
+        texts.informative += tr("If yes VORNIX3 will be closed");
+
+    QMessageBox box(this);
+    box.setWindowTitle(TITLE);
+    box.setIcon(QMessageBox::Information);
+    box.setText(texts.text);
+    box.setInformativeText(texts.informative);
+    if (isCameraUpdate) {
+        box.setStandardButtons(QMessageBox::Ok);
+    } else {
+        box.setStandardButtons(QMessageBox::Yes | QMessageBox::No);
+        box.setDefaultButton(QMessageBox::Yes);
+    }
+    if (box.exec() == QMessageBox::Yes)
+        restart();
+    else
+        accept();
+}
+
+void ZanUpdateModule2GSettingsdlg::showFailure(int err)
+{
+    // Failed rows report negative results, so the sum never is plus 300; it stands as it is.
+    const QString what = err == 300 ? tr("Camera update failed!\n") : tr("Update failed!\n");
+    QMessageBox::critical(this, tr("VORNIX3"),
+                          what + tr("Please restart the Controller and try again."),
+                          QMessageBox::Ok);
+}
+
+void ZanUpdateModule2GSettingsdlg::finishOnOldBackend(bool bCascade)
+{
+    const QString what = bCascade ? tr("The Cascaded System is updated successfully.\n")
+                                  : tr("The Controller is updated successfully.\n");
+    QMessageBox::information(this, tr("VORNIX3"),
+                             what + tr("Please restart the Controller.\n") +
+                                 tr("VORNIX3 will be closed now."),
+                             QMessageBox::Ok);
+    announceShutdown();
+    QCoreApplication::quit();
+}
+
+ZanUpdateModule2GSettingsdlg::CompletionTexts
+ZanUpdateModule2GSettingsdlg::completionTexts(bool bCascade, ZanModuleServer* zanMServ)
+{
+    if (bCascade) {
+        return {tr("The Cascaded system is updated successfully and must be restarted."),
+                tr("Do you want to restart the Cascaded System now?\n(This restart may take a few "
+                   "minutes. Do not switch off the Cascaded System during restart.)\n\n")};
+    }
+    if (beVers->zanModel() == QLatin1String("BRIARSCOPE")) {
+        return {tr("The BRIARSCOPE is updated successfully and must be restarted."),
+                tr("Do you want to shut down the BRIARSCOPE now?\n\nAfter pressing yes, please "
+                   "wait until the BRIARSCOPE power LED turns off,\nthen manually power cycle the "
+                   "BRIARSCOPE.")};
+    }
+    if (zanMServ->isCameraUpdate()) {
+        searchCamerasAgain(zanMServ);
+        return {tr("The cameras are updated successfully and must be restarted manually!"),
+                tr("Please power off all updated cameras by disconnecting or turn off any "
+                   "connected PoE+ switches.")};
+    }
+    return {tr("The Controller is updated successfully and must be restarted."),
+            tr("Do you want to restart the Controller now?\n(This restart may take a few minutes. "
+               "Do not switch off the Controller during restart.)\n\n")};
+}
+
+void ZanUpdateModule2GSettingsdlg::searchCamerasAgain(ZanModuleServer* zanMServ)
+{
+    if (!zanMServ->needsSearchHardware())
+        return;
+    // The cameras need this time before they can be found; nothing reacts meanwhile, on purpose.
+    QThread::msleep(12000);
+    SearchHardwareDlg search(nullptr, iom, QStringLiteral("cameraupdate"));
+    if (search.update_and_exec() == QDialog::Accepted)
+        logToHost(iom, QStringLiteral("search for new hardware done"));
+}
+
+void ZanUpdateModule2GSettingsdlg::announceShutdown()
+{
+    // The sender's spelling is the host's.
+    iom->post_message("Main_Window", "ZanUpateModule", 1, "AppReadyToShutdown");
+}
+
+// The order is fixed: the frontend hears of it before the controller goes.
+void ZanUpdateModule2GSettingsdlg::restart()
+{
+    announceShutdown();
+    ReplyBuffer<> result;
+    if (beVers->zanModel() == QLatin1String("BRIARSCOPE"))
+        (void)iom->send_command(result.forReply(), "vornix2 system shutdown");
+    else
+        (void)iom->send_command(result.forReply(), "vornix2 system reboot");
+    bShowNewFeatures = true;
+    QCoreApplication::quit();
+}

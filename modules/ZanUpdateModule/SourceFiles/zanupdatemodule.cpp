@@ -1,0 +1,154 @@
+#include "zanupdatemodule.h"
+
+#include "ZanUpdateModule2GSettingsdlg.h"
+#include "globaldefines.h"
+#include "newfeaturedialog.h"
+#include "replybuffer.h"
+#include "zanmoduleserver.h"
+
+#include <QAction>
+#include <QCoreApplication>
+#include <QTimer>
+
+ZanUpdateModule::ZanUpdateModule() : QObject(nullptr)
+{
+    qRegisterMetaType<IOManager*>("IOManager*");
+    qRegisterMetaType<BackendVersions*>("BackendVersions*");
+    qRegisterMetaType<QWidget*>("QWidget*");
+}
+
+ZanUpdateModule::~ZanUpdateModule() = default;
+
+QString ZanUpdateModule::get_module_name() const
+{
+    return tr("GUI Controller Update");
+}
+
+QString ZanUpdateModule::get_module_version() const
+{
+    return QStringLiteral("v%1.%2.%3").arg(2).arg(0).arg(0);
+}
+
+void ZanUpdateModule::set_param(QString key, QVariant value)
+{
+    if (key == QLatin1String("CommandManager"))
+        iom = value.value<IOManager*>();
+    else if (key == QLatin1String("ModuleParent"))
+        mod_parent = value.value<QWidget*>();
+    else if (key == QLatin1String("BackendVersions"))
+        beVers = value.value<BackendVersions*>();
+    else if (key == QLatin1String("ObserverMode"))
+        bObserverMode = value.value<bool>();
+}
+
+QList<_GuiElement*> ZanUpdateModule::get_gui_elements()
+{
+    if (!gui_elements.isEmpty())
+        return gui_elements;
+    addWhatIsNewEntry();
+    // An observer gets no update dialog, no inventory and no timers.
+    if (bObserverMode)
+        return gui_elements;
+    addUpdateEntry();
+    decideStart();
+    return gui_elements;
+}
+
+void ZanUpdateModule::addWhatIsNewEntry()
+{
+    m_new_feature_dialog = new NewFeatureDialog(mod_parent, beVers);
+    auto* action = new QAction(tr("Wh&at's New?"), this);
+    action->setStatusTip(tr("Get to know new features for the current version"));
+    action->setWhatsThis(tr("Get to know new features for the current version"));
+    connect(action, &QAction::triggered, m_new_feature_dialog, &NewFeatureDialog::update_and_exec);
+    gui_whatisnew = {action, 30, tr("&Help"), 700, m_new_feature_dialog, 1};
+    gui_elements.append(&gui_whatisnew);
+}
+
+void ZanUpdateModule::addUpdateEntry()
+{
+    zanUpdateDlg = new ZanUpdateModule2GSettingsdlg(iom, mod_parent, beVers, get_module_version(),
+                                                    m_new_feature_dialog);
+    auto* action = new QAction(tr("&Controller and Camera Update"), this);
+    action->setStatusTip(tr("Open Controller and Camera Update dialog"));
+    action->setWhatsThis(tr("Controller and Camera Update"));
+    connect(action, &QAction::triggered, zanUpdateDlg,
+            &ZanUpdateModule2GSettingsdlg::update_and_exec);
+    gui_zanUpdateDlg = {action, 31, tr("&Help"), 700, zanUpdateDlg, 0};
+    gui_elements.append(&gui_zanUpdateDlg);
+}
+
+// With timers, so that the host finishes its start first; the warning about the address comes up on
+// top of the update dialog.
+void ZanUpdateModule::decideStart()
+{
+    if (controllerIsUpToDate() && camerasUpToDate()) {
+        QTimer::singleShot(500, zanUpdateDlg, &ZanUpdateModule2GSettingsdlg::onTimerShowNewFeature);
+        return;
+    }
+    QTimer::singleShot(500, zanUpdateDlg, &ZanUpdateModule2GSettingsdlg::onTimer);
+    if (!hasZanValidIP())
+        QTimer::singleShot(600, zanUpdateDlg, &ZanUpdateModule2GSettingsdlg::onDisplayMsgNoValidIp);
+}
+
+static ZanModuleServer* server(IOManager* iom, BackendVersions* beVers)
+{
+    return ZanModuleServer::Exemplar(iom, QCoreApplication::applicationDirPath(), beVers);
+}
+
+bool ZanUpdateModule::controllerIsUpToDate()
+{
+    const ZanModuleServer* inventory = server(iom, beVers);
+    if (inventory->listUpdates.isEmpty())
+        return true;
+    // These bounds exempt 2.8 without a patch but not 2.7 without one; that is meant.
+    if (isBriarscopeFamily(beVers) && beVers->systemPt() >= VersionInfo(2, 7, 0) &&
+        beVers->systemPt() < VersionInfo(2, 8, 1))
+        return true;
+    return inventory->allControllersUpToDate(true);
+}
+
+bool ZanUpdateModule::camerasUpToDate()
+{
+    return server(iom, beVers)->allCamerasUpToDate();
+}
+
+// All doubt goes to the side of a valid address: only a proven fallback brings the warning.
+bool ZanUpdateModule::hasZanValidIP()
+{
+    ReplyBuffer<> reply;
+    if (iom->get_string(reply.forReply(), "system net") != 0 || !reply.equals("dhcp"))
+        return true;
+    iom->get_address(reply.forReply());
+    const QString address = reply.latin1();
+    const int factoryAddress[] = {192, 168, 0, 1};
+    bool isFactoryAddress = true;
+    for (int i = 0; i < 4; ++i) {
+        bool isNumber = false;
+        const int number = address.section(QLatin1Char('.'), i, i).toInt(&isNumber);
+        if (!isNumber)
+            return true;
+        isFactoryAddress = isFactoryAddress && number == factoryAddress[i];
+    }
+    return !isFactoryAddress;
+}
+
+void ZanUpdateModule::about_to_exit_module()
+{
+    ZanModuleServer::ReleaseExemplar();
+}
+
+void ZanUpdateModule::exit_module()
+{
+    if (gui_whatisnew.content) {
+        delete gui_whatisnew.content;
+        gui_whatisnew.content = nullptr;
+        m_new_feature_dialog = nullptr;
+    }
+    if (gui_zanUpdateDlg.content) {
+        delete gui_zanUpdateDlg.content;
+        gui_zanUpdateDlg.content = nullptr;
+        zanUpdateDlg = nullptr;
+    }
+    gui_elements.clear();
+}
