@@ -1,0 +1,14 @@
+#pragma once
+
+/// @file
+/// Counts what the whole process takes from the heap. Linking heapcounter.cpp puts it in place.
+
+struct HeapCount
+{
+    long allocations = 0; ///< calls that took memory
+    long liveBytes = 0;   ///< bytes taken and not given back
+    long peakBytes = 0;   ///< highest liveBytes since the last resetHeapPeak()
+};
+
+HeapCount heapCount();
+void resetHeapPeak();

@@ -1,0 +1,45 @@
+#include "fixturefiles.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+// A test without its fixture proves nothing, so there is no going on.
+static void require(bool done, const QString& path)
+{
+    if (!done)
+        qFatal("cannot make the fixture %s", qPrintable(path));
+}
+
+FixtureFolder::FixtureFolder()
+{
+    require(m_folder.isValid(), m_folder.path());
+}
+
+QString FixtureFolder::path(const QString& relativePath) const
+{
+    return m_folder.filePath(relativePath);
+}
+
+QString FixtureFolder::write(const QString& relativePath, const QByteArray& bytes) const
+{
+    const QString target = path(relativePath);
+    require(QDir().mkpath(QFileInfo(target).path()), target);
+    QFile file(target);
+    require(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size(), target);
+    return target;
+}
+
+QString FixtureFolder::makeFolder(const QString& relativePath) const
+{
+    const QString target = path(relativePath);
+    require(QDir().mkpath(target), target);
+    return target;
+}
+
+QString FixtureFolder::link(const QString& relativePath, const QString& target) const
+{
+    const QString link = path(relativePath);
+    require(QDir().mkpath(QFileInfo(link).path()) && QFile::link(path(target), link), link);
+    return link;
+}

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "testenvironment.h"
+#include "warningguard.h"
+
+#include <QCoreApplication>
+#include <QtTest>
+
+/// The test class as Qt Test runs it: under the message handler that fails it on warnings.
+template <typename Test>
+class GuardedTest final : public Test
+{
+public:
+    // Qt Test installs its own message handler after main() and before it asks for the slots, and
+    // offers no place in between but this one.
+    const QMetaObject* metaObject() const override
+    {
+        failOnUnexpectedWarnings();
+        return Test::metaObject();
+    }
+};
+
+/// Runs a test class in a home folder of its own. @return the number of failures
+template <typename Application, typename Test>
+int runTest(int argc, char** argv)
+{
+    const TestEnvironment environment;
+    Application application(argc, argv);
+    GuardedTest<Test> test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+/// The main() of a test without widgets. Its source file includes its own .moc at the end.
+#define ZAN_TEST_MAIN(Test)                                                                        \
+    int main(int argc, char** argv)                                                                \
+    {                                                                                              \
+        return runTest<QCoreApplication, Test>(argc, argv);                                        \
+    }
