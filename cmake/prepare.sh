@@ -1,0 +1,96 @@
+# shellcheck shell=bash
+#
+# What ./run-demo and ./run-tests have in common: installing what is missing, configuring a preset
+# and building it. To be sourced with `project_dir` set to the folder of the project.
+#
+#   need_packages PACKAGE...        Debian packages; installs those that are missing, or ends the
+#                                   script with their names where that is not possible
+#   configure PRESET [CMAKE-ARG...] configures build/PRESET
+#   build PRESET [TARGET...]        builds the targets, or everything
+#
+# Progress is shown on a terminal only. Elsewhere a step that fails prints the end of its log,
+# which stands in build/PRESET.
+
+say() { printf '%s\n' "$*"; }
+
+die() {
+    printf '%s\n' "$*" >&2
+    exit 1
+}
+
+has_command() { command -v "$1" >/dev/null 2>&1; }
+
+# Where there is no package database, the usual places have to do.
+is_found_without_dpkg() {
+    case $1 in
+        cmake | g++ | gcovr | lcov | xdotool | xvfb | doxygen | shellcheck | ccache)
+            has_command "${1/%xvfb/xvfb-run}" ;;
+        ninja-build) has_command ninja ;;
+        qtbase5-dev)
+            compgen -G '/usr/lib*/cmake/Qt5Widgets' >/dev/null ||
+                compgen -G '/usr/lib/*/cmake/Qt5Widgets' >/dev/null ;;
+        *) return 1 ;;
+    esac
+}
+
+is_installed() {
+    if has_command dpkg-query; then
+        [ "$(dpkg-query --show --showformat '${db:Status-Status}' "$1" 2>/dev/null)" = installed ]
+    else
+        is_found_without_dpkg "$1"
+    fi
+}
+
+install_packages() {
+    local root_command=()
+    if [ "$(id -u)" -ne 0 ]; then
+        has_command sudo || die "These packages are missing: $*
+Please have them installed; that takes root, and there is no sudo here."
+        root_command=(sudo)
+    fi
+    say "Installing what is missing: $*"
+    "${root_command[@]}" apt-get update -qq
+    "${root_command[@]}" env DEBIAN_FRONTEND=noninteractive \
+        apt-get install --yes -qq --no-install-recommends "$@"
+}
+
+need_packages() {
+    local package missing=()
+    for package in "$@"; do
+        is_installed "$package" || missing+=("$package")
+    done
+    [ ${#missing[@]} -eq 0 ] && return
+    has_command apt-get || die "These packages are missing (under their Debian names): ${missing[*]}
+Please install them; there is no apt-get here to do it with."
+    install_packages "${missing[@]}"
+}
+
+# run_logged LOG COMMAND...
+run_logged() {
+    local log=$1
+    shift
+    if [ -t 1 ]; then
+        "$@"
+    elif ! "$@" >"$log" 2>&1; then
+        tail -n 60 "$log" >&2
+        die "That failed; the whole log is $log"
+    fi
+}
+
+configure() {
+    local preset=$1
+    shift
+    mkdir -p "$project_dir/build/$preset"
+    say "Configuring the build \"$preset\" ..."
+    (cd "$project_dir" && run_logged "build/$preset/configure.log" \
+        cmake --preset "$preset" --log-level=NOTICE "$@") || exit 1
+}
+
+build() {
+    local preset=$1 target_args=()
+    shift
+    [ $# -eq 0 ] || target_args=(--target "$@")
+    say "Building ..."
+    (cd "$project_dir" && run_logged "build/$preset/build.log" \
+        cmake --build --preset "$preset" "${target_args[@]}") || exit 1
+}
