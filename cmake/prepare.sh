@@ -1,7 +1,7 @@
 # shellcheck shell=bash
 #
 # What ./run-demo and ./run-tests have in common: installing what is missing, configuring a preset
-# and building it. To be sourced with `project_dir` set to the folder of the project.
+# and building it. To be sourced; it sets `project_dir`, the folder of the project.
 #
 #   need_packages PACKAGE...        Debian packages; installs those that are missing, or ends the
 #                                   script with their names where that is not possible
@@ -10,6 +10,8 @@
 #
 # Progress is shown on a terminal only. Elsewhere a step that fails prints the end of its log,
 # which stands in build/PRESET.
+
+project_dir=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
 say() { printf '%s\n' "$*"; }
 
