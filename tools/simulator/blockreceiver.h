@@ -27,6 +27,7 @@ public:
         Receiving, ///< the record was taken, others must follow
         Complete,  ///< the record was the last one and the payload is verified: see head()
         Refused,   ///< the record was not taken: see reason()
+        Damaged,   ///< the record was the last one, but the payload is no good: see reason()
     };
 
     /// Takes record @p number of @p count, both from 1.
@@ -36,17 +37,18 @@ public:
     void drop();
 
     State state() const { return m_state; }
-    int received() const { return m_received; } ///< records taken of the block
-    int expected() const { return m_expected; } ///< records of the block
-    const QString& reason() const { return m_reason; }
+    bool refused() const { return m_state == State::Refused || m_state == State::Damaged; }
+    int received() const { return m_received; }        ///< records taken of the block
+    int expected() const { return m_expected; }        ///< records of the block
+    const QString& reason() const { return m_reason; } ///< one line of ASCII
     const PayloadHead& head() const { return m_head; } ///< valid in State::Complete
 
 private:
     void begin(PayloadComponent component, int count);
-    bool continues(PayloadComponent component, int count, int number);
+    QString whyNotNext(PayloadComponent component, int count, int number) const;
     State append(const QByteArray& text);
     State verify();
-    State refuse(const QString& reason);
+    State endWith(State state, const QString& reason = QString());
 
     State m_state = State::Idle;
     PayloadComponent m_component = PayloadComponent::TrackingSoftware;

@@ -1,8 +1,11 @@
 #pragma once
 
+#include "recordrequest.h"
 #include "simulatedsystem.h"
 
 #include <QByteArray>
+
+#include <optional>
 
 /// The operation of the command channel that carries a text.
 enum class Operation
@@ -29,7 +32,8 @@ struct Reply
     bool ok = false;
     QByteArray text;  ///< the value of a query, or the reply text; UTF-8, at most 199 bytes
     int integer = 0;  ///< the value of Operation::GetInt
-    int deviceMs = 0; ///< time that the device takes before it answers, for the caller to wait
+    int deviceMs = 0; ///< how long the device takes to answer: to wait, or to compare with the
+                      ///< time-out
     Delivery delivery = Delivery::Answered;
 };
 
@@ -40,7 +44,7 @@ struct Reply
 class CommandInterpreter
 {
 public:
-    /// Texts longer than this many bytes are refused unread.
+    /// Longer texts are refused; what exceeds this is not read. A record has some 200 bytes.
     static constexpr int maxTextBytes = 1024;
 
     /// @param system must outlive the interpreter
@@ -49,8 +53,27 @@ public:
     Reply execute(Operation operation, const QByteArray& text);
 
 private:
-    Reply answer(Operation operation, const QByteArray& text);
-    Reply answerWithFault(const Fault& fault, Operation operation, const QByteArray& text);
+    /// A text with what faults and answer need to know of it.
+    struct Request
+    {
+        Operation operation;
+        QByteArray text;
+        std::optional<RecordRequest> record;
+    };
+
+    static Request read(Operation operation, const QByteArray& text);
+    ExchangeMoment momentOf(const Request& request) const;
+    Reply answerWithFault(const Fault& fault, const Request& request);
+
+    Reply answer(const Request& request);
+    Reply answerQuery(Operation operation, const QByteArray& text) const;
+    Reply answerRecord(const RecordRequest& record);
+    Reply answerSetting(const QByteArray& text);
+    Reply answerCommand(const QByteArray& text);
+
+    Reply redirect(const QByteArray& target);
+    const BlockReceiver& take(const RecordRequest& record);
+    int recordMs(const RecordRequest& record) const;
 
     SimulatedSystem& m_system;
 };

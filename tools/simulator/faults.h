@@ -14,16 +14,16 @@
 /// What goes wrong.
 enum class FaultMode
 {
-    RefuseRecord,             ///< an error reply without a meaning of its own
-    RefuseCameraRecord,       ///< the error reply "vornix2 err -26"
-    RefuseCameraRecordQuoted, ///< the same with the number in double quotes
-    DropConnection,           ///< the connection closes instead of an answer
-    AnswerLate,               ///< all is well, but the answer takes Fault::delayMs longer
-    AnswerGarbage,            ///< the device does its work; the answer is not text of the language
-    StaySilent,               ///< the device ignores the request and never answers it
-    LosePower,                ///< the whole system loses power and boots again
-    ComeBackOld,              ///< after a restart the old versions are still running
-    NeverComeBack,            ///< a restart does not end until power is given back by hand
+    RefuseRecord,                ///< an error reply without a meaning of its own
+    RefuseWithCameraError,       ///< the error reply "vornix2 err -26"
+    RefuseWithQuotedCameraError, ///< the same with the number in double quotes
+    DropConnection,              ///< the connection closes instead of an answer
+    AnswerLate,                  ///< all is well, but the answer takes Fault::delayMs longer
+    AnswerGarbage, ///< the device does its work; the answer is not text of the language
+    StaySilent,    ///< the device ignores the request and never answers it
+    LosePower,     ///< the whole system loses power and boots again
+    ComeBackOld,   ///< after a restart the old versions are still running
+    NeverComeBack, ///< a restart does not end until power is given back by hand
 };
 
 /// When a mode can strike.

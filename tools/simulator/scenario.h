@@ -4,6 +4,7 @@
 
 #include <VersionInfo.h>
 
+#include <QByteArray>
 #include <QString>
 #include <QStringList>
 #include <QVector>
@@ -18,6 +19,9 @@ enum class Measurement
     Unstoppable, ///< runs and refuses to stop
 };
 
+/// The texts of Measurement in files, in the order of its values.
+const QStringList& measurementTexts();
+
 /// A controller as it is before the first run. Texts are what goes over the wire.
 struct ScenarioController
 {
@@ -28,8 +32,7 @@ struct ScenarioController
     QString modelDescription;
     QString board;
     int serial = 0;
-    QString
-        pt; ///< tracking software with appendix and date, for example "v3.1.0-beta.2 2025-03-14"
+    QString pt; ///< tracking software, with appendix and date: "v3.1.0-beta.2 2025-03-14"
     QString ct; ///< controller firmware, for example "v1.2"
 };
 
@@ -53,12 +56,15 @@ struct ScenarioTiming
     int searchMs = 5000;               ///< the search for hardware
 };
 
+/// The name of camera @p index, from 0, in requests and elsewhere: "c01" for the first.
+QString cameraName(int index);
+
 /// A situation to be simulated, read from one JSON file; docs/simulator.md describes its keys.
 struct Scenario
 {
     QString name;  ///< base name of the file
     QString title; ///< one line
-    VersionInfo protocol{1, 23};
+    VersionInfo protocol;
     QString backendModel;
     bool dhcp = false;
     bool wakeOnLan = false;
@@ -73,11 +79,14 @@ struct Scenario
     /// Address at which the frontend reaches the master.
     const QString& address() const { return controllers.first().address; }
 
+    /// Names under which faults and views know the devices: host names, then "c01" and so on.
+    QStringList deviceNames() const;
+
     /// Names of the scenarios that come with the simulator; "cascade", the default, is the first.
     static QStringList shipped();
 };
 
-/// Reads scenarios.
+/// Reads scenarios. Safe to use from any thread.
 class ScenarioReader
 {
 public:

@@ -2,8 +2,10 @@
 
 #include "blockreceiver.h"
 #include "scenario.h"
+#include "systemstate.h"
 
 #include <QObject>
+#include <QTimer>
 
 #include <functional>
 
@@ -24,7 +26,7 @@ struct ControllerState
     QString stagedCt;
     QString activity; ///< what it is doing, one line for people
     int recordsReceived = 0;
-    int recordsExpected = 0; ///< 0 as long as no update was begun
+    int recordsExpected = 0; ///< 0 as long as no update was begun since the last restart
     bool rebooting = false;
 };
 
@@ -36,7 +38,8 @@ struct CameraState
     QString description;
     QString version;       ///< firmware that runs, as the camera reports it
     QString stagedVersion; ///< received and verified, to run after a power cycle; or empty
-    bool found = true;     ///< the controller knows it; a power cycle makes it search again
+    bool running = true;   ///< false: it did not come back from a power cycle
+    bool found = true;     ///< the controller knows it; after a power cycle it must search again
     QString activity;
     int recordsReceived = 0;
     int recordsExpected = 0;
@@ -54,8 +57,7 @@ public:
     using Clock = std::function<qint64()>;
 
     /// @param nowMs milliseconds since 1970; the machine's clock if none is given
-    explicit SimulatedSystem(const Scenario& scenario, Clock nowMs = {}, QObject* parent = nullptr);
-    ~SimulatedSystem() override;
+    explicit SimulatedSystem(Scenario scenario, Clock nowMs = {}, QObject* parent = nullptr);
 
     const Scenario& scenario() const { return m_scenario; }
     const QVector<ControllerState>& controllers() const { return m_controllers; } ///< master first
@@ -66,7 +68,7 @@ public:
     FaultPlan& faults() { return m_faults; }
 
     /// Whether the system answers: it has power and is not restarting.
-    bool isReachable() const;
+    bool isReachable() const { return m_power == Power::On; }
 
     /// Milliseconds until the system answers again: 0 if it does, -1 if it waits for power.
     qint64 msUntilReachable() const;
@@ -76,44 +78,57 @@ public:
     /// release.
     bool allAtNewest(VersionInfo pt, VersionInfo ct, const QString& appendix = QString()) const;
 
-    /// Takes the versions over that an earlier process left in the file @p path, and keeps them
-    /// there from now on. A file that does not exist yet is no failure.
+    /// Takes over what an earlier process left in the file @p path, and keeps the state there from
+    /// now on. A file that does not exist yet is no failure.
     ///
-    /// @param error must not be null; receives "FILE: PATH: REASON"
-    /// @return false if the file is damaged or of another scenario: it is renamed to @p path +
-    ///         ".damaged", and the system stands as the scenario tells.
+    /// @param error must not be null; receives "FILE: PATH: REASON" on failure
+    /// @return false if the file is damaged, is about other devices or cannot be read: it is
+    ///         renamed to @p path + ".damaged", and the system stands as the scenario tells.
     bool loadState(const QString& path, QString* error);
 
-    /// Writes the state to the file of loadState(); done by itself at every change of versions or
-    /// power. Without such a file it does nothing and succeeds.
+    /// Writes the state to the file of loadState(); done by itself at every change of versions,
+    /// power or measurement. Without such a file it does nothing and succeeds.
+    /// @return false after stateNotSaved()
     bool saveState();
 
     // What people do to the equipment.
+
     void setMeasuring(bool measuring);
+
     /// Takes power off camera @p index, from 0, and gives it back: what it received runs from then
     /// on, and the controller no longer knows it until searchHardware(). Other indexes do nothing.
     void powerCycleCamera(int index);
+
     /// Takes power off the system, if it has any, and gives it back: a restart begins.
     void powerCycle();
 
-    // What requests do; the interpreter has checked that the system is reachable.
+    // What requests do. The interpreter has checked that the system is reachable.
+
     /// Index of the slave at @p address, or -1.
     int slaveAt(const QString& address) const;
-    int updateTarget() const { return m_updateTarget; } ///< index of the controller
-    /// Directs the next records to controller @p index; a block that is not complete is dropped.
+
+    /// Index of the controller that records go to.
+    int updateTarget() const { return m_updateTarget; }
+    /// Directs records to controller @p index; a block that is not complete is dropped.
     void setUpdateTarget(int index);
-    /// Takes one record for the controller updateTarget(); see BlockReceiver.
+
+    /// Takes one record for the controller updateTarget().
     const BlockReceiver& takeRecord(PayloadComponent component, int count, int number,
                                     const QByteArray& text);
-    /// Takes one record for camera @p index, which must exist.
+    /// Takes one record for camera @p index, which must exist. A camera whose image is refused
+    /// forgets the images before it, as they belong together.
     const BlockReceiver& takeCameraRecord(int index, int count, int number, const QByteArray& text);
-    bool stopMeasurement(); ///< false if it refuses
+    /// Ends the reception of a block that is not complete; @p reason is for the views.
+    void dropReception(const QString& reason);
+
+    /// @return false if the measurement refuses to stop
+    bool stopMeasurement();
     void searchHardware();
-    void restart(); ///< a restart that the command language asked for
-    void shutDown();
+    void restart();  ///< asked for, or after a power failure; what was staged runs from then on
+    void shutDown(); ///< until powerCycle()
 
 public slots:
-    /// Does what is due by the clock, above all the end of a restart. It is called by itself when
+    /// Does what is due by the clock, above all the end of a restart. It is called by itself where
     /// an event loop runs, and before every request.
     void settle();
 
@@ -124,23 +139,26 @@ signals:
     void stateNotSaved(const QString& reason);
 
 private:
-    enum class Power
-    {
-        On,
-        Restarting,
-        Hung, ///< restarting without an end
-        Off,
-    };
-    friend class StateFile;
-
-    void beginRestart();
-    void applyRestartFaults();
+    bool applyRestartFaults();
+    void goDown(Power power);
     void finishRestart();
-    void dropReception();
-    void setActivities(const QString& activity);
-    void stage(ControllerState* controller, const PayloadHead& head);
-    void noteProgress(int* received, int* expected);
-    void versionsChanged();
+    void armRestartTimer();
+    void allBecomeIdle();
+
+    SystemMemory memory() const;
+    void adopt(const SystemMemory& memory);
+    void keepState();
+
+    void directReceptionTo(int camera);
+    template <typename Device>
+    const BlockReceiver& receive(Device* device, PayloadComponent component, int count, int number,
+                                 const QByteArray& text);
+    template <typename Device>
+    void noteProgress(Device* device);
+    void stage(ControllerState* controller) const;
+    void stage(CameraState* camera) const;
+
+    static constexpr int noCamera = -1;
 
     Scenario m_scenario;
     Clock m_nowMs;
@@ -148,10 +166,12 @@ private:
     QVector<CameraState> m_cameras;
     Measurement m_measurement;
     FaultPlan m_faults;
-    BlockReceiver m_receiver; // one for all devices: there is one channel, and it bounds the memory
-    int m_receivingCamera = -1;
+    // One for all devices: they share one channel, and so the memory for blocks is bounded.
+    BlockReceiver m_receiver;
+    int m_receivingCamera = noCamera;
     int m_updateTarget = 0;
     Power m_power = Power::On;
     qint64 m_restartEndsMs = 0;
+    QTimer m_restartTimer;
     QString m_stateFile;
 };

@@ -1,0 +1,294 @@
+#include "scenario.h"
+
+#include "blockreceiver.h"
+
+#include <checkedjson.h>
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <algorithm>
+
+// Outside every namespace, where the resources of a library have to be initialised.
+static void initShippedScenarios()
+{
+    Q_INIT_RESOURCE(scenarios);
+}
+
+namespace {
+
+constexpr int maxTextBytes = 150; // leaves room in the 200 bytes that a host has for a reply
+constexpr int maxDurationMs = 24 * 3600 * 1000;
+const QLatin1String shippedFolder(":/scenarios");
+
+bool isPlainText(const QString& text)
+{
+    return text.toUtf8().size() <= maxTextBytes &&
+           std::all_of(text.begin(), text.end(),
+                       [](QChar character) { return character.isPrint(); });
+}
+
+// A text that can stand in a reply.
+QString replyText(CheckedObject* object, const QString& key, const QString& fallback)
+{
+    const QString text = object->text(key, fallback);
+    if (!isPlainText(text))
+        object->fail(key, QStringLiteral("must be one line of at most %1 bytes").arg(maxTextBytes));
+    return text;
+}
+
+// A text that replies and requests separate from others by a blank.
+QString word(CheckedObject* object, const QString& key)
+{
+    const QString text = object->text(key);
+    if (text.isEmpty() || !isPlainText(text) || text.contains(QLatin1Char(' ')))
+        object->fail(key, QStringLiteral("must be one word"));
+    return text;
+}
+
+QString versionText(CheckedObject* object, const QString& key)
+{
+    const QString text = replyText(object, key, object->text(key));
+    if (text.isEmpty())
+        object->fail(key, QStringLiteral("must not be empty"));
+    return text;
+}
+
+VersionInfo protocolVersion(CheckedObject* root)
+{
+    const QString key = QStringLiteral("protocol");
+    bool isVersion = false;
+    const VersionInfo version = VersionInfo::fromString(root->text(key), &isVersion);
+    if (!isVersion)
+        root->fail(key, QStringLiteral("must be a version such as \"1.23\""));
+    return version;
+}
+
+bool isAddress(const QString& text)
+{
+    const QStringList parts = text.split(QLatin1Char('.'));
+    return parts.size() == 4 && std::all_of(parts.begin(), parts.end(), [](const QString& part) {
+               bool isNumber = false;
+               const uint number = part.toUInt(&isNumber);
+               return isNumber && number <= 255 && part == QString::number(number);
+           });
+}
+
+ScenarioController readController(CheckedObject object, bool slave)
+{
+    ScenarioController controller;
+    controller.hostName = word(&object, QStringLiteral("hostName"));
+    controller.address = object.text(QStringLiteral("address"));
+    if (!isAddress(controller.address))
+        object.fail(QStringLiteral("address"), QStringLiteral("must be dotted IPv4"));
+    if (slave)
+        controller.available = object.flag(QStringLiteral("available"), true);
+    controller.model = static_cast<int>(object.number(QStringLiteral("model"), 0, 9999, 2));
+    controller.modelDescription =
+        replyText(&object, QStringLiteral("modelDescription"), QStringLiteral("ZAN"));
+    controller.board = replyText(&object, QStringLiteral("board"), QString());
+    controller.serial = static_cast<int>(object.number(QStringLiteral("serial"), 0, 999999999));
+    controller.pt = versionText(&object, QStringLiteral("pt"));
+    controller.ct = versionText(&object, QStringLiteral("ct"));
+    object.finish();
+    return controller;
+}
+
+// Devices are told apart by these texts, so each may stand once only.
+void requireNew(QStringList* seen, const QString& text, CheckedObject* root, const QString& key)
+{
+    if (seen->contains(text))
+        root->fail(key, QStringLiteral("\"%1\" stands there twice").arg(text));
+    seen->append(text);
+}
+
+QVector<ScenarioController> readControllers(CheckedObject* root)
+{
+    const QString key = QStringLiteral("controllers");
+    QVector<ScenarioController> controllers;
+    QStringList hostNames;
+    QStringList addresses;
+    for (const CheckedObject& object : root->objects(key)) {
+        controllers.append(readController(object, !controllers.isEmpty()));
+        requireNew(&hostNames, controllers.last().hostName, root, key);
+        requireNew(&addresses, controllers.last().address, root, key);
+    }
+    if (controllers.isEmpty())
+        root->fail(key, QStringLiteral("must have at least the master"));
+    return controllers;
+}
+
+QVector<ScenarioCamera> readCameras(CheckedObject* root)
+{
+    QVector<ScenarioCamera> cameras;
+    if (!root->contains(QStringLiteral("cameras")))
+        return cameras;
+    for (CheckedObject object : root->objects(QStringLiteral("cameras"))) {
+        ScenarioCamera camera;
+        camera.model = word(&object, QStringLiteral("model"));
+        camera.serial = word(&object, QStringLiteral("serial"));
+        camera.version = versionText(&object, QStringLiteral("version"));
+        camera.description = replyText(&object, QStringLiteral("description"), QString());
+        object.finish();
+        cameras.append(camera);
+    }
+    return cameras;
+}
+
+int durationMs(CheckedObject* object, const QString& key, int fallbackMs)
+{
+    return static_cast<int>(object->number(key, 0, maxDurationMs, fallbackMs));
+}
+
+ScenarioTiming readTiming(CheckedObject* root)
+{
+    ScenarioTiming timing;
+    if (!root->contains(QStringLiteral("timing")))
+        return timing;
+    CheckedObject object = root->object(QStringLiteral("timing"));
+    timing.recordsPerSecond = static_cast<int>(
+        object.number(QStringLiteral("recordsPerSecond"), 0, 1000000, timing.recordsPerSecond));
+    timing.cameraRecordsPerSecond = static_cast<int>(object.number(
+        QStringLiteral("cameraRecordsPerSecond"), 0, 1000000, timing.cameraRecordsPerSecond));
+    timing.verifyMs = durationMs(&object, QStringLiteral("verifyMs"), timing.verifyMs);
+    timing.cameraVerifyMs =
+        durationMs(&object, QStringLiteral("cameraVerifyMs"), timing.cameraVerifyMs);
+    timing.bootMs = durationMs(&object, QStringLiteral("bootMs"), timing.bootMs);
+    timing.searchMs = durationMs(&object, QStringLiteral("searchMs"), timing.searchMs);
+    object.finish();
+    return timing;
+}
+
+QStringList faultModeNames()
+{
+    QStringList names;
+    for (const FaultModeInfo& info : faultModes())
+        names.append(info.name);
+    return names;
+}
+
+Fault readFault(CheckedObject object, const QStringList& devices)
+{
+    Fault fault;
+    fault.mode = faultModes().at(object.choice(QStringLiteral("mode"), faultModeNames())).mode;
+    fault.device = object.text(QStringLiteral("device"), QString());
+    if (!fault.device.isEmpty() && !devices.contains(fault.device))
+        object.fail(QStringLiteral("device"), QStringLiteral("no such controller or camera"));
+    fault.request = object.text(QStringLiteral("request"), QString()).toUtf8();
+    fault.record =
+        static_cast<int>(object.number(QStringLiteral("record"), 1, BlockReceiver::maxRecords, 0));
+    if (object.contains(QStringLiteral("seed")))
+        fault.seed =
+            static_cast<quint32>(object.number(QStringLiteral("seed"), 0, Q_INT64_C(0xFFFFFFFF)));
+    fault.times = static_cast<int>(object.number(QStringLiteral("times"), 0, 1000000, fault.times));
+    fault.delayMs = durationMs(&object, QStringLiteral("delayMs"), fault.delayMs);
+    object.finish();
+    return fault;
+}
+
+QVector<Fault> readFaults(CheckedObject* root, const QStringList& devices)
+{
+    QVector<Fault> faults;
+    if (!root->contains(QStringLiteral("faults")))
+        return faults;
+    for (const CheckedObject& object : root->objects(QStringLiteral("faults")))
+        faults.append(readFault(object, devices));
+    return faults;
+}
+
+QStringList hardwareTexts(CheckedObject* root)
+{
+    const QString key = QStringLiteral("hardware");
+    if (!root->contains(key))
+        return QStringList();
+    const QStringList texts = root->texts(key);
+    if (!std::all_of(texts.begin(), texts.end(), isPlainText))
+        root->fail(key, QStringLiteral("must be lines of at most %1 bytes").arg(maxTextBytes));
+    return texts;
+}
+
+Scenario readScenario(CheckedObject* root)
+{
+    Scenario scenario;
+    scenario.title = replyText(root, QStringLiteral("title"), root->text(QStringLiteral("title")));
+    scenario.protocol = protocolVersion(root);
+    scenario.backendModel = root->text(QStringLiteral("backendModel"), QStringLiteral("ZAN"));
+    scenario.dhcp = root->choice(QStringLiteral("net"),
+                                 {QStringLiteral("static"), QStringLiteral("dhcp")}, 0) == 1;
+    scenario.wakeOnLan = root->flag(QStringLiteral("wakeOnLan"), false);
+    scenario.observer = root->flag(QStringLiteral("observer"), false);
+    scenario.measurement = static_cast<Measurement>(
+        root->choice(QStringLiteral("measurement"), measurementTexts(), 0));
+    scenario.hardware = hardwareTexts(root);
+    scenario.controllers = readControllers(root);
+    scenario.cameras = readCameras(root);
+    scenario.timing = readTiming(root);
+    scenario.faults = readFaults(root, scenario.deviceNames());
+    root->finish();
+    return scenario;
+}
+
+} // namespace
+
+const QStringList& measurementTexts()
+{
+    static const QStringList texts = {QStringLiteral("off"), QStringLiteral("running"),
+                                      QStringLiteral("unstoppable")};
+    return texts;
+}
+
+QString cameraName(int index)
+{
+    return QStringLiteral("c%1").arg(index + 1, 2, 10, QLatin1Char('0'));
+}
+
+QStringList Scenario::deviceNames() const
+{
+    QStringList names;
+    for (const ScenarioController& controller : controllers)
+        names.append(controller.hostName);
+    for (int index = 0; index < cameras.size(); ++index)
+        names.append(cameraName(index));
+    return names;
+}
+
+QStringList Scenario::shipped()
+{
+    initShippedScenarios();
+    const QString first = QStringLiteral("cascade");
+    QStringList names = {first};
+    for (const QFileInfo& file : QDir(shippedFolder).entryInfoList(QDir::Files, QDir::Name)) {
+        if (file.completeBaseName() != first)
+            names.append(file.completeBaseName());
+    }
+    return names;
+}
+
+std::optional<Scenario> ScenarioReader::read(const QString& nameOrPath, QString* error)
+{
+    const bool isShipped = Scenario::shipped().contains(nameOrPath);
+    QFile file(isShipped ? QStringLiteral("%1/%2.json").arg(shippedFolder, nameOrPath)
+                         : nameOrPath);
+    if (!file.open(QIODevice::ReadOnly)) {
+        *error = QStringLiteral("%1: %2").arg(nameOrPath, file.errorString());
+        return std::nullopt;
+    }
+    return parse(file.readAll(), file.fileName(), error);
+}
+
+std::optional<Scenario> ScenarioReader::parse(const QByteArray& json, const QString& fileName,
+                                              QString* error)
+{
+    const std::optional<QJsonObject> object = parseJsonObject(json, fileName, error);
+    if (!object)
+        return std::nullopt;
+
+    error->clear();
+    CheckedObject root(*object, fileName, error);
+    Scenario scenario = readScenario(&root);
+    scenario.name = QFileInfo(fileName).completeBaseName();
+    if (!root.ok())
+        return std::nullopt;
+    return scenario;
+}

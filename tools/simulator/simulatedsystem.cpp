@@ -1,0 +1,491 @@
+#include "simulatedsystem.h"
+
+#include "reportedversion.h"
+
+#include <QAbstractEventDispatcher>
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+constexpr qint64 maxStateBytes = Q_INT64_C(1) << 20;
+
+ControllerState controllerFrom(const ScenarioController& origin, bool slave)
+{
+    ControllerState controller;
+    controller.hostName = origin.hostName;
+    controller.address = origin.address;
+    controller.slave = slave;
+    controller.available = origin.available;
+    controller.model = origin.model;
+    controller.modelDescription = origin.modelDescription;
+    controller.board = origin.board;
+    controller.serial = origin.serial;
+    controller.pt = origin.pt;
+    controller.ct = origin.ct;
+    return controller;
+}
+
+CameraState cameraFrom(const ScenarioCamera& origin)
+{
+    CameraState camera;
+    camera.model = origin.model;
+    camera.serial = origin.serial;
+    camera.description = origin.description;
+    camera.version = origin.version;
+    return camera;
+}
+
+QString idleActivity(const ControllerState& controller)
+{
+    if (!controller.available)
+        return QStringLiteral("Not available");
+    if (!controller.stagedPt.isEmpty() || !controller.stagedCt.isEmpty())
+        return QStringLiteral("Update received, waits for the restart");
+    return QStringLiteral("Ready");
+}
+
+QString idleActivity(const CameraState& camera)
+{
+    if (!camera.running)
+        return QStringLiteral("Did not come back");
+    if (!camera.found)
+        return QStringLiteral("Waits for the search for hardware");
+    if (!camera.stagedVersion.isEmpty())
+        return QStringLiteral("Update received, waits for the power cycle");
+    return QStringLiteral("Ready");
+}
+
+template <typename Device>
+void becomeIdle(Device* device)
+{
+    device->activity = idleActivity(*device);
+}
+
+void forgetProgress(ControllerState* controller)
+{
+    controller->recordsReceived = 0;
+    controller->recordsExpected = 0;
+}
+
+void forgetStaged(ControllerState* controller)
+{
+    controller->stagedPt.clear();
+    controller->stagedCt.clear();
+}
+
+// What was staged runs from now on, if anything was.
+void activate(QString* running, QString* staged)
+{
+    if (!staged->isEmpty())
+        *running = std::exchange(*staged, QString());
+}
+
+bool isAtNewest(const ControllerState& controller, VersionInfo pt, VersionInfo ct,
+                const QString& appendix)
+{
+    const VersionInfo running = reportedVersion(controller.pt);
+    if (running < pt || reportedVersion(controller.ct) < ct)
+        return false;
+    return running != pt || reportedAppendix(controller.pt) == appendix;
+}
+
+void setAside(const QString& path)
+{
+    const QString damaged = path + QStringLiteral(".damaged");
+    QFile::remove(damaged);
+    QFile::rename(path, damaged);
+}
+
+} // namespace
+
+SimulatedSystem::SimulatedSystem(Scenario scenario, Clock nowMs, QObject* parent)
+    : QObject(parent), m_scenario(std::move(scenario)), m_nowMs(std::move(nowMs)),
+      m_measurement(m_scenario.measurement), m_faults(m_scenario.faults)
+{
+    if (!m_nowMs)
+        m_nowMs = QDateTime::currentMSecsSinceEpoch;
+    for (const ScenarioController& origin : qAsConst(m_scenario.controllers))
+        m_controllers.append(controllerFrom(origin, !m_controllers.isEmpty()));
+    for (const ScenarioCamera& origin : qAsConst(m_scenario.cameras))
+        m_cameras.append(cameraFrom(origin));
+    allBecomeIdle();
+
+    m_restartTimer.setSingleShot(true);
+    connect(&m_restartTimer, &QTimer::timeout, this, &SimulatedSystem::settle);
+}
+
+qint64 SimulatedSystem::msUntilReachable() const
+{
+    switch (m_power) {
+    case Power::On:
+        return 0;
+    case Power::Restarting:
+        return qBound<qint64>(0, m_restartEndsMs - m_nowMs(), m_scenario.timing.bootMs);
+    case Power::Hung:
+    case Power::Off:
+        break;
+    }
+    return -1;
+}
+
+bool SimulatedSystem::allAtNewest(VersionInfo pt, VersionInfo ct, const QString& appendix) const
+{
+    return std::all_of(m_controllers.begin(), m_controllers.end(),
+                       [&](const ControllerState& controller) {
+                           return !controller.available || isAtNewest(controller, pt, ct, appendix);
+                       });
+}
+
+bool SimulatedSystem::loadState(const QString& path, QString* error)
+{
+    m_stateFile = path;
+    QFile file(path);
+    if (!file.exists())
+        return true;
+
+    std::optional<SystemMemory> memory;
+    if (file.open(QIODevice::ReadOnly))
+        memory = stateFromJson(file.read(maxStateBytes), m_scenario, path, error);
+    else
+        *error = QStringLiteral("%1: %2").arg(path, file.errorString());
+    file.close();
+    if (!memory) {
+        setAside(path);
+        return false;
+    }
+    adopt(*memory);
+    return true;
+}
+
+bool SimulatedSystem::saveState()
+{
+    if (m_stateFile.isEmpty())
+        return true;
+    QDir().mkpath(QFileInfo(m_stateFile).path());
+    QSaveFile file(m_stateFile);
+    const QByteArray json = stateToJson(memory());
+    if (file.open(QIODevice::WriteOnly) && file.write(json) == json.size() && file.commit())
+        return true;
+    emit stateNotSaved(QStringLiteral("%1: %2").arg(m_stateFile, file.errorString()));
+    return false;
+}
+
+void SimulatedSystem::setMeasuring(bool measuring)
+{
+    const bool refuses = m_scenario.measurement == Measurement::Unstoppable;
+    const Measurement running = refuses ? Measurement::Unstoppable : Measurement::Running;
+    m_measurement = measuring ? running : Measurement::Off;
+    keepState();
+}
+
+void SimulatedSystem::powerCycleCamera(int index)
+{
+    if (index < 0 || index >= m_cameras.size())
+        return;
+    if (index == m_receivingCamera)
+        dropReception(QString());
+    CameraState& camera = m_cameras[index];
+    camera.running = true;
+    camera.found = false;
+    for (const Fault& fault : m_faults.takeForRestart({cameraName(index)})) {
+        if (fault.mode == FaultMode::NeverComeBack)
+            camera.running = false;
+        else
+            camera.stagedVersion.clear();
+    }
+    activate(&camera.version, &camera.stagedVersion);
+    camera.recordsReceived = 0;
+    camera.recordsExpected = 0;
+    becomeIdle(&camera);
+    keepState();
+}
+
+void SimulatedSystem::powerCycle()
+{
+    for (int index = 0; index < m_controllers.size(); ++index)
+        m_controllers[index].available = m_scenario.controllers.at(index).available;
+    goDown(Power::Restarting);
+}
+
+int SimulatedSystem::slaveAt(const QString& address) const
+{
+    for (int index = 1; index < m_controllers.size(); ++index) {
+        if (m_controllers.at(index).address == address)
+            return index;
+    }
+    return -1;
+}
+
+void SimulatedSystem::setUpdateTarget(int index)
+{
+    dropReception(QStringLiteral("Update broken off: redirected"));
+    m_updateTarget = index;
+}
+
+const BlockReceiver& SimulatedSystem::takeRecord(PayloadComponent component, int count, int number,
+                                                 const QByteArray& text)
+{
+    directReceptionTo(noCamera);
+    return receive(&m_controllers[m_updateTarget], component, count, number, text);
+}
+
+const BlockReceiver& SimulatedSystem::takeCameraRecord(int index, int count, int number,
+                                                       const QByteArray& text)
+{
+    directReceptionTo(index);
+    CameraState& camera = m_cameras[index];
+    receive(&camera, PayloadComponent::CameraFirmware, count, number, text);
+    if (m_receiver.refused())
+        camera.stagedVersion.clear();
+    return m_receiver;
+}
+
+void SimulatedSystem::dropReception(const QString& reason)
+{
+    if (m_receiver.state() == BlockReceiver::State::Receiving) {
+        if (m_receivingCamera == noCamera) {
+            m_controllers[m_updateTarget].activity = reason;
+        } else {
+            m_cameras[m_receivingCamera].activity = reason;
+            m_cameras[m_receivingCamera].stagedVersion.clear();
+        }
+        emit changed();
+    }
+    m_receiver.drop();
+}
+
+bool SimulatedSystem::stopMeasurement()
+{
+    if (m_measurement == Measurement::Unstoppable)
+        return false;
+    if (m_measurement == Measurement::Running)
+        setMeasuring(false);
+    return true;
+}
+
+void SimulatedSystem::searchHardware()
+{
+    dropReception(QString());
+    for (CameraState& camera : m_cameras) {
+        camera.found = camera.running;
+        becomeIdle(&camera);
+    }
+    keepState();
+}
+
+void SimulatedSystem::restart()
+{
+    const bool comesBack = applyRestartFaults();
+    goDown(comesBack ? Power::Restarting : Power::Hung);
+}
+
+void SimulatedSystem::shutDown()
+{
+    // Whoever gives power back by hand sees the system come up, so only the versions matter here.
+    applyRestartFaults();
+    goDown(Power::Off);
+}
+
+void SimulatedSystem::settle()
+{
+    if (m_power != Power::Restarting)
+        return;
+    // A clock that was set back must not make the restart longer than a restart is.
+    const qint64 now = m_nowMs();
+    m_restartEndsMs = qMin(m_restartEndsMs, now + m_scenario.timing.bootMs);
+    if (now >= m_restartEndsMs)
+        finishRestart();
+    else
+        armRestartTimer();
+}
+
+// Returns whether the master comes back by itself.
+bool SimulatedSystem::applyRestartFaults()
+{
+    bool masterComesBack = true;
+    QStringList hostNames;
+    for (const ControllerState& controller : qAsConst(m_controllers))
+        hostNames.append(controller.hostName);
+    for (const Fault& fault : m_faults.takeForRestart(hostNames)) {
+        for (ControllerState& controller : m_controllers) {
+            if (!fault.concerns(controller.hostName))
+                continue;
+            if (fault.mode == FaultMode::ComeBackOld)
+                forgetStaged(&controller);
+            else if (controller.slave)
+                controller.available = false;
+            else
+                masterComesBack = false;
+        }
+    }
+    return masterComesBack;
+}
+
+void SimulatedSystem::goDown(Power power)
+{
+    m_receiver.drop();
+    m_receivingCamera = noCamera;
+    m_updateTarget = 0;
+    m_measurement = Measurement::Off;
+    m_power = power;
+    m_restartEndsMs = m_nowMs() + m_scenario.timing.bootMs;
+    for (ControllerState& controller : m_controllers)
+        forgetProgress(&controller);
+    allBecomeIdle();
+    armRestartTimer();
+    keepState();
+}
+
+void SimulatedSystem::finishRestart()
+{
+    m_power = Power::On;
+    for (ControllerState& controller : m_controllers) {
+        if (!controller.available)
+            continue;
+        activate(&controller.pt, &controller.stagedPt);
+        activate(&controller.ct, &controller.stagedCt);
+    }
+    allBecomeIdle();
+    keepState();
+}
+
+void SimulatedSystem::armRestartTimer()
+{
+    if (m_power == Power::Restarting && QAbstractEventDispatcher::instance())
+        m_restartTimer.start(static_cast<int>(msUntilReachable()));
+}
+
+void SimulatedSystem::allBecomeIdle()
+{
+    for (ControllerState& controller : m_controllers) {
+        controller.rebooting =
+            controller.available && (m_power == Power::Restarting || m_power == Power::Hung);
+        if (controller.rebooting)
+            controller.activity = QStringLiteral("Restarting");
+        else if (m_power == Power::Off)
+            controller.activity = QStringLiteral("No power");
+        else
+            becomeIdle(&controller);
+    }
+    for (CameraState& camera : m_cameras)
+        becomeIdle(&camera);
+}
+
+SystemMemory SimulatedSystem::memory() const
+{
+    SystemMemory memory;
+    memory.scenario = m_scenario.name;
+    memory.power = m_power;
+    memory.restartEndsMs = m_restartEndsMs;
+    memory.measurement = m_measurement;
+    for (const ControllerState& controller : m_controllers)
+        memory.controllers.append({controller.hostName, controller.available, controller.pt,
+                                   controller.ct, controller.stagedPt, controller.stagedCt});
+    for (const CameraState& camera : m_cameras)
+        memory.cameras.append({camera.model, camera.serial, camera.running, camera.found,
+                               camera.version, camera.stagedVersion});
+    return memory;
+}
+
+void SimulatedSystem::adopt(const SystemMemory& memory)
+{
+    m_power = memory.power;
+    m_restartEndsMs = memory.restartEndsMs;
+    m_measurement = memory.measurement;
+    for (int index = 0; index < m_controllers.size(); ++index) {
+        const ControllerMemory& from = memory.controllers.at(index);
+        ControllerState& to = m_controllers[index];
+        to.available = from.available;
+        to.pt = from.pt;
+        to.ct = from.ct;
+        to.stagedPt = from.stagedPt;
+        to.stagedCt = from.stagedCt;
+    }
+    for (int index = 0; index < m_cameras.size(); ++index) {
+        const CameraMemory& from = memory.cameras.at(index);
+        CameraState& to = m_cameras[index];
+        to.running = from.running;
+        to.found = from.found;
+        to.version = from.version;
+        to.stagedVersion = from.stagedVersion;
+    }
+    allBecomeIdle();
+    settle();
+    emit changed();
+}
+
+void SimulatedSystem::keepState()
+{
+    saveState();
+    emit changed();
+}
+
+void SimulatedSystem::directReceptionTo(int camera)
+{
+    if (camera == m_receivingCamera)
+        return;
+    dropReception(QStringLiteral("Update broken off: another device was addressed"));
+    m_receivingCamera = camera;
+}
+
+template <typename Device>
+const BlockReceiver& SimulatedSystem::receive(Device* device, PayloadComponent component, int count,
+                                              int number, const QByteArray& text)
+{
+    const BlockReceiver::State state = m_receiver.take(component, count, number, text);
+    if (state == BlockReceiver::State::Receiving) {
+        noteProgress(device);
+        return m_receiver;
+    }
+    device->recordsReceived = m_receiver.received();
+    device->recordsExpected = m_receiver.expected();
+    if (state == BlockReceiver::State::Complete) {
+        stage(device);
+        becomeIdle(device);
+        saveState();
+    } else {
+        device->activity = QStringLiteral("Update refused: %1").arg(m_receiver.reason());
+    }
+    emit changed();
+    return m_receiver;
+}
+
+// Tells the views once per percent: they could not follow every record.
+template <typename Device>
+void SimulatedSystem::noteProgress(Device* device)
+{
+    const int received = m_receiver.received();
+    const int expected = m_receiver.expected();
+    device->recordsReceived = received;
+    device->recordsExpected = expected;
+    if (received == 1)
+        device->activity = QStringLiteral("Receiving an update");
+    if (received == 1 || received * 100LL / expected != (received - 1) * 100LL / expected)
+        emit changed();
+}
+
+void SimulatedSystem::stage(ControllerState* controller) const
+{
+    const PayloadHead& head = m_receiver.head();
+    const QString version = head.version.toString() + head.appendix;
+    if (head.component == PayloadComponent::TrackingSoftware) {
+        const QDateTime now = QDateTime::fromMSecsSinceEpoch(m_nowMs(), Qt::UTC);
+        controller->stagedPt =
+            QStringLiteral("%1 %2").arg(version, now.date().toString(Qt::ISODate));
+    } else {
+        controller->stagedCt = version;
+    }
+}
+
+void SimulatedSystem::stage(CameraState* camera) const
+{
+    const PayloadHead& head = m_receiver.head();
+    camera->stagedVersion = head.version.toString() + head.appendix;
+}
