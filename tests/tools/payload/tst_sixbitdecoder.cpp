@@ -56,7 +56,8 @@ void SixBitDecoderTest::refuses_data()
     QTest::newRow("a blank") << QByteArray("BI A");
     QTest::newRow("a line end") << QByteArray("BIw\n");
     QTest::newRow("a zero byte") << QByteArray("BI\0A", 4);
-    QTest::newRow("a character beyond ASCII") << QByteArray("BI\xC4" "A");
+    QTest::newRow("a character beyond ASCII") << QByteArray("BI\xC4"
+                                                            "A");
     QTest::newRow("the alphabet of URLs, minus") << QByteArray("BI-A");
     QTest::newRow("the alphabet of URLs, underscore") << QByteArray("BI_A");
 }
