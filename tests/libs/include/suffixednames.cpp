@@ -1,0 +1,19 @@
+// All headers of the contract under this spelling; twice does no harm.
+#include <BackendVersions.h>
+#include <IOManager.h>
+#include <MessageReceiver.h>
+#include <ModuleInterface.h>
+#include <VersionInfo.h>
+#include <BackendVersions.h>
+#include <IOManager.h>
+#include <MessageReceiver.h>
+#include <ModuleInterface.h>
+#include <VersionInfo.h>
+
+#include "headernames.h"
+
+ContractSizes sizesBySuffixedNames()
+{
+    return {sizeof(BackendVersions), sizeof(IOManager),  sizeof(MessageReceiver),
+            sizeof(ModuleInterface), sizeof(GuiElement), sizeof(VersionInfo)};
+}
