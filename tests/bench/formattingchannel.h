@@ -8,7 +8,7 @@
 
 /// A channel that expands every command's text, as a host must, and does nothing else. Every call
 /// succeeds; queries answer with an empty text and 0.
-class FormattingChannel : public IOManager
+class FormattingChannel final : public IOManager
 {
 public:
     void prepare_reply(int /*kind*/, int /*timeoutMs*/, int /*pollFollows*/) override {}

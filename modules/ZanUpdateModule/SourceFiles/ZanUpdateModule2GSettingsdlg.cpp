@@ -771,7 +771,7 @@ static int blockReadResult(BlockRead failure)
 ZanUpdateModule2GSettingsdlg::BlockOutcome
 ZanUpdateModule2GSettingsdlg::streamBlock(FILE* stream, const ZanData& update, int index, int ith)
 {
-    LittleEndianReader reader(stream);
+    LittleEndianReader reader(stream, LittleEndianReader::LargeChunk);
     ImageBlockHead head;
     const BlockRead read = readImageBlockHead(reader, update.getSystemModel(), &head);
     if (read != BlockRead::Ok)
@@ -914,13 +914,13 @@ int ZanUpdateModule2GSettingsdlg::readCameraUpdateInfo(FILE* fp, bool bUpdate, i
                                                        double durationLastCmdSec)
 {
     quint32 num_update_data = 0;
-    LittleEndianReader reader(fp);
+    LittleEndianReader reader(fp, LittleEndianReader::LargeChunk);
     int code = readCamImageHead(reader, &num_update_data);
     if (code == 0) {
         iValProgressBar = 0;
         showMessageInDialog(QString(), 0);
         startProgressTimer(static_cast<int>(num_update_data), 0.00027, durationLastCmdSec);
-        code = sendCameraRecords(fp, bUpdate, iCam, num_update_data, durationLastCmdSec);
+        code = sendCameraRecords(reader, bUpdate, iCam, num_update_data, durationLastCmdSec);
         stopProgressTimer();
     }
     if (code != 0)
@@ -928,11 +928,10 @@ int ZanUpdateModule2GSettingsdlg::readCameraUpdateInfo(FILE* fp, bool bUpdate, i
     return code;
 }
 
-int ZanUpdateModule2GSettingsdlg::sendCameraRecords(FILE* fp, bool bUpdate, int iCam,
-                                                    quint32 num_update_data,
+int ZanUpdateModule2GSettingsdlg::sendCameraRecords(LittleEndianReader& reader, bool bUpdate,
+                                                    int iCam, quint32 num_update_data,
                                                     double durationLastCmdSec)
 {
-    LittleEndianReader reader(fp);
     UpdateRecord dat;
     char cmd[LONG_TEXT_BYTES];
     for (quint32 done = 0; done < num_update_data; ++done) {

@@ -142,8 +142,8 @@ private:
     int readCamFileInfo(bool bUpdate, int iCam, const QString& sFileName,
                         double durationLastCmdSec);
     int readCameraUpdateInfo(FILE* fp, bool bUpdate, int iCam, double durationLastCmdSec);
-    int sendCameraRecords(FILE* fp, bool bUpdate, int iCam, quint32 num_update_data,
-                          double durationLastCmdSec);
+    int sendCameraRecords(LittleEndianReader& reader, bool bUpdate, int iCam,
+                          quint32 num_update_data, double durationLastCmdSec);
     int sendCameraCommand(const QString& sCmd, bool isLast, double durationLastCmdSec);
 
     // Progress

@@ -3,43 +3,61 @@
 #include <QtEndian>
 
 #include <cstdio>
+#include <cstring>
 #include <initializer_list>
 
-/// Reads little-endian fields, one after the other, from a buffered stream of the caller.
+/// Reads little-endian fields, one after the other, from a stream of the caller.
 ///
-/// It holds the stream's lock for its whole life instead of taking it for every field, so it must
-/// be gone before the stream is closed. A read that comes out short returns false and leaves its
-/// target as it was, except for the bytes of readBytes().
+/// It fetches the bytes in chunks of its own, since asking the stream for every field costs more
+/// than all the rest. What it has fetched too much it gives back to the stream when it goes, so it
+/// must be gone before the stream is closed. A read that comes out short returns false and leaves
+/// its target as it was.
 class LittleEndianReader
 {
 public:
-    explicit LittleEndianReader(FILE* stream) : m_stream(stream) { flockfile(m_stream); }
-    ~LittleEndianReader() { funlockfile(m_stream); }
+    enum Chunk
+    {
+        SmallChunk = 512,   ///< for the heads of files, whose content is not to be touched
+        LargeChunk = 32768, ///< for streams of records
+    };
+
+    explicit LittleEndianReader(FILE* stream, Chunk chunk = SmallChunk)
+        : m_stream(stream), m_chunk(chunk)
+    {
+    }
+    ~LittleEndianReader()
+    {
+        if (m_next != m_end)
+            (void)std::fseek(m_stream, static_cast<long>(m_next - m_end), SEEK_CUR);
+    }
     LittleEndianReader(const LittleEndianReader&) = delete;
     LittleEndianReader& operator=(const LittleEndianReader&) = delete;
 
+    /// @param count at most 512
     bool readBytes(void* target, int count)
     {
-        const auto size = static_cast<std::size_t>(count);
-        return fread_unlocked(target, 1, size, m_stream) == size;
+        if (!isAtHand(count))
+            return false;
+        std::memcpy(target, m_next, static_cast<std::size_t>(count));
+        m_next += count;
+        return true;
     }
 
     bool readU16(int* value)
     {
-        const int low = getc_unlocked(m_stream);
-        const int high = getc_unlocked(m_stream);
-        if (high == EOF)
+        if (!isAtHand(2))
             return false;
-        *value = low | high << 8;
+        *value = qFromLittleEndian<quint16>(m_next);
+        m_next += 2;
         return true;
     }
 
     bool readU32(quint32* value)
     {
-        unsigned char bytes[4];
-        if (!readBytes(bytes, 4))
+        if (!isAtHand(4))
             return false;
-        *value = qFromLittleEndian<quint32>(bytes);
+        *value = qFromLittleEndian<quint32>(m_next);
+        m_next += 4;
         return true;
     }
 
@@ -72,5 +90,20 @@ public:
     }
 
 private:
+    bool isAtHand(int count) { return m_end - m_next >= count || fetch(count); }
+
+    bool fetch(int count)
+    {
+        const auto rest = static_cast<std::size_t>(m_end - m_next);
+        std::memmove(m_bytes, m_next, rest);
+        m_next = m_bytes;
+        m_end = m_bytes + rest + std::fread(m_bytes + rest, 1, m_chunk - rest, m_stream);
+        return m_end - m_next >= count;
+    }
+
     FILE* m_stream;
+    std::size_t m_chunk;
+    unsigned char m_bytes[LargeChunk];
+    const unsigned char* m_next = m_bytes;
+    const unsigned char* m_end = m_bytes;
 };
