@@ -3,43 +3,36 @@
 #include <QtEndian>
 
 #include <array>
-#include <cstring>
 
 static constexpr char ALPHABET[] =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
-struct CharacterPair
+// Two characters for 12 bits; the first one, for the low bits, stands in the low byte.
+static constexpr std::array<quint16, 4096> makePairs()
 {
-    char first;
-    char second;
-};
-
-static constexpr std::array<CharacterPair, 4096> makePairs()
-{
-    std::array<CharacterPair, 4096> pairs{};
+    std::array<quint16, 4096> pairs{};
     for (unsigned bits = 0; bits < pairs.size(); ++bits)
-        pairs[bits] = {ALPHABET[bits & 0x3F], ALPHABET[bits >> 6]};
+        pairs[bits] = static_cast<quint16>(ALPHABET[bits & 0x3F] | ALPHABET[bits >> 6] << 8);
     return pairs;
 }
 
-// One look-up gives two characters; the first one stands for the low bits.
-static constexpr std::array<CharacterPair, 4096> PAIRS = makePairs();
+static constexpr std::array<quint16, 4096> PAIRS = makePairs();
 
-static void putPair(char* text, quint64 bits)
+static quint64 pair(quint64 bits)
 {
-    std::memcpy(text, &PAIRS[bits & 0xFFF], 2);
+    return PAIRS[bits & 0xFFF];
 }
 
 void encodeSixBit(char* text, const unsigned char* data, int length)
 {
     int done = 0;
+    // One wide store: the text is read again at once, and would have to wait for narrow ones.
     for (; length - done >= 6; done += 6, text += 8) {
         const quint64 bits = qFromLittleEndian<quint32>(data + done) |
                              quint64(qFromLittleEndian<quint16>(data + done + 4)) << 32;
-        putPair(text, bits);
-        putPair(text + 2, bits >> 12);
-        putPair(text + 4, bits >> 24);
-        putPair(text + 6, bits >> 36);
+        qToLittleEndian<quint64>(pair(bits) | pair(bits >> 12) << 16 | pair(bits >> 24) << 32 |
+                                     pair(bits >> 36) << 48,
+                                 text);
     }
     for (int bitOffset = 8 * done; bitOffset < 8 * length; bitOffset += 6)
         *text++ = ALPHABET[sixBitWord(data, length, bitOffset)];
