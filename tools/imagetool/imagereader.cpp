@@ -26,6 +26,7 @@ public:
 
     QByteArray take(int count, const char* what)
     {
+        m_fieldOffset = m_offset;
         if (ok() && m_offset + count <= m_bytes.size()) {
             m_offset += count;
             return m_bytes.mid(static_cast<int>(m_offset) - count, count);
@@ -55,16 +56,17 @@ public:
         return {year, month, word(what)};
     }
 
-    /// Notes a problem at the current offset, unless there is one already.
+    /// Notes a problem of the field read last, unless there is one already.
     void fail(const QString& reason)
     {
         if (ok())
-            m_problem = QStringLiteral("offset %1: %2").arg(m_offset).arg(reason);
+            m_problem = QStringLiteral("offset %1: %2").arg(m_fieldOffset).arg(reason);
     }
 
 private:
     const QByteArray& m_bytes;
     qint64 m_offset;
+    qint64 m_fieldOffset = 0;
     QString m_problem;
 };
 
@@ -103,9 +105,9 @@ void readRecordBlock(ByteCursor& cursor, const RecordBlockRules& rules, RecordBl
     block->text = cursor.take(textLength, "text");
     const quint32 count = cursor.longWord("number of records");
     block->recordCount = count;
-    block->maxRecordLength = cursor.word("maximum record length");
     if (count == 0 || count > quint32(std::numeric_limits<qint32>::max()))
         cursor.fail(QStringLiteral("the number of records is %1").arg(static_cast<qint32>(count)));
+    block->maxRecordLength = cursor.word("maximum record length");
     for (quint32 index = 0; index < count && cursor.ok(); ++index)
         readRecord(cursor, block);
 }

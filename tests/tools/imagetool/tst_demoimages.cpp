@@ -1,0 +1,122 @@
+#include "imagelisting.h"
+#include "imagereader.h"
+
+#include <testmain.h>
+
+#include <QDir>
+
+Q_DECLARE_METATYPE(VersionInfo)
+
+class DemoImagesTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void filesAreExactlyThese();
+    void everyFileIsSound();
+    void chainsLeadToTheNewestRelease_data();
+    void chainsLeadToTheNewestRelease();
+    void controllerImagesHaveRealisticSizes();
+    void plainNameSaysFinal();
+};
+
+static const QDir updateDir(QStringLiteral(UPDATE_DIR));
+
+static QByteArray bytesOf(const QString& name)
+{
+    QFile file(updateDir.filePath(name));
+    if (!file.open(QIODevice::ReadOnly))
+        qFatal("cannot read %s", qPrintable(file.fileName()));
+    return file.readAll();
+}
+
+// The names are such that their order is that of the releases.
+static QVector<ControllerImage> controllerImages()
+{
+    QVector<ControllerImage> images;
+    for (const QString& name : updateDir.entryList({"*.vx3img"}, QDir::Files, QDir::Name))
+        images.append(std::get<ControllerImage>(*readUpdateFile(bytesOf(name)).file));
+    return images;
+}
+
+void DemoImagesTest::filesAreExactlyThese()
+{
+    QCOMPARE(updateDir.entryList(QDir::Files, QDir::Name),
+             (QStringList{"camera_0x0901_v1.4.0.VX2znimg", "camera_0x0a01_v1.1.0.VX2znimg",
+                          "camera_0x0a01_v1.2.0.VX2znimg", "camera_0x0c01_v2.1.0.VX2znimg",
+                          "camera_0x0e01_v1.6.0.VX2znimg", "controller_v3.1.0.vx3img",
+                          "controller_v3.2.0-beta.2.vx3img", "controller_v3.3.0.vx3img"}));
+}
+
+void DemoImagesTest::everyFileIsSound()
+{
+    for (const QString& name : updateDir.entryList(QDir::Files)) {
+        const UpdateFileListing listing = listUpdateFile(bytesOf(name));
+        QVERIFY2(listing.problems.isEmpty(), qPrintable(listing.problems.join('\n')));
+        QVERIFY2(!listingText(listing).contains("unknown"), qPrintable(name));
+    }
+}
+
+void DemoImagesTest::chainsLeadToTheNewestRelease_data()
+{
+    QTest::addColumn<VersionInfo>("pt");
+    QTest::addColumn<VersionInfo>("ct");
+    QTest::addColumn<QVector<int>>("blocksOfEachImage");
+
+    QTest::newRow("three releases behind")
+        << VersionInfo(2, 9, 0) << VersionInfo(1, 1) << QVector<int>{2, 2, 2};
+    QTest::newRow("two releases behind")
+        << VersionInfo(3, 1, 0) << VersionInfo(1, 2) << QVector<int>{0, 2, 2};
+    QTest::newRow("one release behind")
+        << VersionInfo(3, 2, 0) << VersionInfo(1, 3) << QVector<int>{0, 0, 2};
+    QTest::newRow("system behind")
+        << VersionInfo(3, 3, 0) << VersionInfo(1, 3) << QVector<int>{0, 0, 1};
+    QTest::newRow("up to date") << VersionInfo(3, 3, 0) << VersionInfo(1, 4)
+                                << QVector<int>{0, 0, 0};
+}
+
+void DemoImagesTest::chainsLeadToTheNewestRelease()
+{
+    QFETCH(VersionInfo, pt);
+    QFETCH(VersionInfo, ct);
+    const VersionInfo startPt = pt;
+    const VersionInfo startCt = ct;
+    QVector<int> blocksOfEachImage;
+    for (const ControllerImage& image : controllerImages()) {
+        int chosen = 0;
+        for (const ControllerImageBlock& block : image.blocks) {
+            const bool firmware = block.type == FirmwareBlock;
+            VersionInfo& current = firmware ? pt : ct;
+            if (current < block.minVer || current > block.maxVer)
+                continue;
+            current = firmware ? image.newPt : image.newCt;
+            ++chosen;
+        }
+        QVERIFY(startPt >= image.minPt && startCt >= image.minCt);
+        blocksOfEachImage.append(chosen);
+    }
+    QTEST(blocksOfEachImage, "blocksOfEachImage");
+    QVERIFY(pt == VersionInfo(3, 3, 0));
+    QVERIFY(ct == VersionInfo(1, 4));
+}
+
+void DemoImagesTest::controllerImagesHaveRealisticSizes()
+{
+    for (const ControllerImage& image : controllerImages()) {
+        QCOMPARE(image.blocks[0].records.size(), 40000);
+        QCOMPARE(image.blocks[1].records.size(), 20000);
+        QCOMPARE(image.blocks[0].records.last().data.size(), maxRecordBytes);
+    }
+}
+
+// In the plain layout readers take the pre-release from the file's name.
+void DemoImagesTest::plainNameSaysFinal()
+{
+    const ControllerImage oldest = controllerImages().first();
+    QVERIFY(oldest.layout == ImageLayout::Plain);
+    QVERIFY(oldest.release == VersionInfo(3, 1, 0));
+    QVERIFY(controllerImages()[1].layout == ImageLayout::Dated);
+}
+
+ZAN_TEST_MAIN(DemoImagesTest)
+#include "tst_demoimages.moc"
