@@ -103,18 +103,20 @@ void ZanController::queryModel(const QByteArray& suffix)
 
 void ZanController::querySerial()
 {
-    if (!protocolAtLeast(beVers, PROTOCOL_CASCADE)) {
-        iControllerSerial = 0;
-    } else if (bSlave) {
-        ReplyBuffer<> reply;
-        if (iom->get_string(reply.forReply(), "cascade connected_slave_controller %s",
-                            sIp.toLatin1().constData()) != 0)
-            reply.set("hostname 0");
-        // toInt() gives 0 for what is no number.
-        iControllerSerial = reply.latin1().section(QLatin1Char(' '), 1, 1).toInt();
-    } else if (iom->get_int(&iControllerSerial, "system controller_serial") != 0) {
-        iControllerSerial = 0;
+    iControllerSerial = 0;
+    if (!protocolAtLeast(beVers, PROTOCOL_CASCADE))
+        return;
+    if (!bSlave) {
+        if (iom->get_int(&iControllerSerial, "system controller_serial") != 0)
+            iControllerSerial = 0;
+        return;
     }
+    ReplyBuffer<> reply;
+    if (iom->get_string(reply.forReply(), "cascade connected_slave_controller %s",
+                        sIp.toLatin1().constData()) != 0)
+        reply.set("hostname 0");
+    // What is no number gives 0.
+    iControllerSerial = reply.latin1().section(QLatin1Char(' '), 1, 1).toInt();
 }
 
 void ZanController::queryMainboard()

@@ -64,6 +64,7 @@ static int skipTableEntry(LittleEndianReader& reader)
     return reader.readU32(&ignored) ? 0 : -21;
 }
 
+// NOLINTNEXTLINE(readability-non-const-parameter): it is written through the list of words
 int readCamImageTable(LittleEndianReader& reader, int* imageCount)
 {
     int code = reader.readWords({{nullptr, -15}, {imageCount, -16}});
