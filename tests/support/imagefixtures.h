@@ -4,6 +4,8 @@
 
 #include <imagewriter.h>
 
+#include <QMetaType>
+
 /// @file
 /// Short ways to the update files that tests need; imagewriter.h has everything else.
 
@@ -21,3 +23,6 @@ ControllerImage releaseImage(const VersionInfo& newPt, const VersionInfo& newCt,
 /// A camera update file with one image of two records.
 CameraUpdateFile cameraFile(const QVector<quint16>& models, const VersionInfo& newVer,
                             const VersionInfo& minVer = VersionInfo(0, 0, 0));
+
+Q_DECLARE_METATYPE(CameraUpdateFile)
+Q_DECLARE_METATYPE(ControllerImage)
