@@ -60,7 +60,7 @@ struct Fault
     int record = 0;              ///< number of the record in its block, from 1; 0: not told
     std::optional<quint32> seed; ///< strikes a random record of the block, the same for one seed
     int times = 1;               ///< how often it strikes; 0: every time
-    int delayMs = 30000;         ///< FaultMode::AnswerLate only
+    int delayMs = 130000;        ///< FaultMode::AnswerLate only; beyond all time-outs of an update
 
     /// Whether the fault is one of @p deviceName.
     bool concerns(const QString& deviceName) const;

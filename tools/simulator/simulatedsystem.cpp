@@ -16,77 +16,6 @@ namespace {
 
 constexpr qint64 maxStateBytes = Q_INT64_C(1) << 20;
 
-ControllerState controllerFrom(const ScenarioController& origin, bool slave)
-{
-    ControllerState controller;
-    controller.hostName = origin.hostName;
-    controller.address = origin.address;
-    controller.slave = slave;
-    controller.available = origin.available;
-    controller.model = origin.model;
-    controller.modelDescription = origin.modelDescription;
-    controller.board = origin.board;
-    controller.serial = origin.serial;
-    controller.pt = origin.pt;
-    controller.ct = origin.ct;
-    return controller;
-}
-
-CameraState cameraFrom(const ScenarioCamera& origin)
-{
-    CameraState camera;
-    camera.model = origin.model;
-    camera.serial = origin.serial;
-    camera.description = origin.description;
-    camera.version = origin.version;
-    return camera;
-}
-
-QString idleActivity(const ControllerState& controller)
-{
-    if (!controller.available)
-        return QStringLiteral("Not available");
-    if (!controller.stagedPt.isEmpty() || !controller.stagedCt.isEmpty())
-        return QStringLiteral("Update received, waits for the restart");
-    return QStringLiteral("Ready");
-}
-
-QString idleActivity(const CameraState& camera)
-{
-    if (!camera.running)
-        return QStringLiteral("Did not come back");
-    if (!camera.found)
-        return QStringLiteral("Waits for the search for hardware");
-    if (!camera.stagedVersion.isEmpty())
-        return QStringLiteral("Update received, waits for the power cycle");
-    return QStringLiteral("Ready");
-}
-
-template <typename Device>
-void becomeIdle(Device* device)
-{
-    device->activity = idleActivity(*device);
-}
-
-void forgetProgress(ControllerState* controller)
-{
-    controller->recordsReceived = 0;
-    controller->recordsExpected = 0;
-}
-
-void forgetStaged(ControllerState* controller)
-{
-    controller->stagedPt.clear();
-    controller->stagedCt.clear();
-}
-
-// What was staged runs from now on, if anything was.
-void activate(QString* running, QString* staged)
-{
-    if (!staged->isEmpty())
-        *running = std::exchange(*staged, QString());
-}
-
 bool isAtNewest(const ControllerState& controller, VersionInfo pt, VersionInfo ct,
                 const QString& appendix)
 {
@@ -179,6 +108,8 @@ bool SimulatedSystem::saveState()
 
 void SimulatedSystem::setMeasuring(bool measuring)
 {
+    if (!isReachable())
+        return;
     const bool refuses = m_scenario.measurement == Measurement::Unstoppable;
     const Measurement running = refuses ? Measurement::Unstoppable : Measurement::Running;
     m_measurement = measuring ? running : Measurement::Off;
@@ -198,12 +129,10 @@ void SimulatedSystem::powerCycleCamera(int index)
         if (fault.mode == FaultMode::NeverComeBack)
             camera.running = false;
         else
-            camera.stagedVersion.clear();
+            forgetStaged(&camera);
     }
-    activate(&camera.version, &camera.stagedVersion);
-    camera.recordsReceived = 0;
-    camera.recordsExpected = 0;
-    becomeIdle(&camera);
+    startStaged(&camera);
+    becomeIdle(&camera, m_power);
     keepState();
 }
 
@@ -243,7 +172,7 @@ const BlockReceiver& SimulatedSystem::takeCameraRecord(int index, int count, int
     CameraState& camera = m_cameras[index];
     receive(&camera, PayloadComponent::CameraFirmware, count, number, text);
     if (m_receiver.refused())
-        camera.stagedVersion.clear();
+        forgetStaged(&camera);
     return m_receiver;
 }
 
@@ -254,7 +183,7 @@ void SimulatedSystem::dropReception(const QString& reason)
             m_controllers[m_updateTarget].activity = reason;
         } else {
             m_cameras[m_receivingCamera].activity = reason;
-            m_cameras[m_receivingCamera].stagedVersion.clear();
+            forgetStaged(&m_cameras[m_receivingCamera]);
         }
         emit changed();
     }
@@ -275,7 +204,7 @@ void SimulatedSystem::searchHardware()
     dropReception(QString());
     for (CameraState& camera : m_cameras) {
         camera.found = camera.running;
-        becomeIdle(&camera);
+        becomeIdle(&camera, m_power);
     }
     keepState();
 }
@@ -336,8 +265,6 @@ void SimulatedSystem::goDown(Power power)
     m_measurement = Measurement::Off;
     m_power = power;
     m_restartEndsMs = m_nowMs() + m_scenario.timing.bootMs;
-    for (ControllerState& controller : m_controllers)
-        forgetProgress(&controller);
     allBecomeIdle();
     armRestartTimer();
     keepState();
@@ -347,10 +274,8 @@ void SimulatedSystem::finishRestart()
 {
     m_power = Power::On;
     for (ControllerState& controller : m_controllers) {
-        if (!controller.available)
-            continue;
-        activate(&controller.pt, &controller.stagedPt);
-        activate(&controller.ct, &controller.stagedCt);
+        if (controller.available)
+            startStaged(&controller);
     }
     allBecomeIdle();
     keepState();
@@ -364,18 +289,10 @@ void SimulatedSystem::armRestartTimer()
 
 void SimulatedSystem::allBecomeIdle()
 {
-    for (ControllerState& controller : m_controllers) {
-        controller.rebooting =
-            controller.available && (m_power == Power::Restarting || m_power == Power::Hung);
-        if (controller.rebooting)
-            controller.activity = QStringLiteral("Restarting");
-        else if (m_power == Power::Off)
-            controller.activity = QStringLiteral("No power");
-        else
-            becomeIdle(&controller);
-    }
+    for (ControllerState& controller : m_controllers)
+        becomeIdle(&controller, m_power);
     for (CameraState& camera : m_cameras)
-        becomeIdle(&camera);
+        becomeIdle(&camera, m_power);
 }
 
 SystemMemory SimulatedSystem::memory() const
@@ -386,11 +303,9 @@ SystemMemory SimulatedSystem::memory() const
     memory.restartEndsMs = m_restartEndsMs;
     memory.measurement = m_measurement;
     for (const ControllerState& controller : m_controllers)
-        memory.controllers.append({controller.hostName, controller.available, controller.pt,
-                                   controller.ct, controller.stagedPt, controller.stagedCt});
+        memory.controllers.append(memoryOf(controller));
     for (const CameraState& camera : m_cameras)
-        memory.cameras.append({camera.model, camera.serial, camera.running, camera.found,
-                               camera.version, camera.stagedVersion});
+        memory.cameras.append(memoryOf(camera));
     return memory;
 }
 
@@ -399,26 +314,18 @@ void SimulatedSystem::adopt(const SystemMemory& memory)
     m_power = memory.power;
     m_restartEndsMs = memory.restartEndsMs;
     m_measurement = memory.measurement;
-    for (int index = 0; index < m_controllers.size(); ++index) {
-        const ControllerMemory& from = memory.controllers.at(index);
-        ControllerState& to = m_controllers[index];
-        to.available = from.available;
-        to.pt = from.pt;
-        to.ct = from.ct;
-        to.stagedPt = from.stagedPt;
-        to.stagedCt = from.stagedCt;
-    }
-    for (int index = 0; index < m_cameras.size(); ++index) {
-        const CameraMemory& from = memory.cameras.at(index);
-        CameraState& to = m_cameras[index];
-        to.running = from.running;
-        to.found = from.found;
-        to.version = from.version;
-        to.stagedVersion = from.stagedVersion;
-    }
+    for (int index = 0; index < m_controllers.size(); ++index)
+        ::adopt(&m_controllers[index], memory.controllers.at(index));
+    for (int index = 0; index < m_cameras.size(); ++index)
+        ::adopt(&m_cameras[index], memory.cameras.at(index));
     allBecomeIdle();
     settle();
     emit changed();
+}
+
+QDate SimulatedSystem::today() const
+{
+    return QDateTime::fromMSecsSinceEpoch(m_nowMs(), Qt::UTC).date();
 }
 
 void SimulatedSystem::keepState()
@@ -447,8 +354,8 @@ const BlockReceiver& SimulatedSystem::receive(Device* device, PayloadComponent c
     device->recordsReceived = m_receiver.received();
     device->recordsExpected = m_receiver.expected();
     if (state == BlockReceiver::State::Complete) {
-        stage(device);
-        becomeIdle(device);
+        stage(device, m_receiver.head(), today());
+        becomeIdle(device, m_power);
         saveState();
     } else {
         device->activity = QStringLiteral("Update refused: %1").arg(m_receiver.reason());
@@ -469,23 +376,4 @@ void SimulatedSystem::noteProgress(Device* device)
         device->activity = QStringLiteral("Receiving an update");
     if (received == 1 || received * 100LL / expected != (received - 1) * 100LL / expected)
         emit changed();
-}
-
-void SimulatedSystem::stage(ControllerState* controller) const
-{
-    const PayloadHead& head = m_receiver.head();
-    const QString version = head.version.toString() + head.appendix;
-    if (head.component == PayloadComponent::TrackingSoftware) {
-        const QDateTime now = QDateTime::fromMSecsSinceEpoch(m_nowMs(), Qt::UTC);
-        controller->stagedPt =
-            QStringLiteral("%1 %2").arg(version, now.date().toString(Qt::ISODate));
-    } else {
-        controller->stagedCt = version;
-    }
-}
-
-void SimulatedSystem::stage(CameraState* camera) const
-{
-    const PayloadHead& head = m_receiver.head();
-    camera->stagedVersion = head.version.toString() + head.appendix;
 }

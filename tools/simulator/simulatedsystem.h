@@ -1,6 +1,7 @@
 #pragma once
 
 #include "blockreceiver.h"
+#include "devicestates.h"
 #include "scenario.h"
 #include "systemstate.h"
 
@@ -8,42 +9,6 @@
 #include <QTimer>
 
 #include <functional>
-
-/// A controller as it stands now.
-struct ControllerState
-{
-    QString hostName;
-    QString address;
-    bool slave = false;
-    bool available = true;
-    int model = 0;
-    QString modelDescription;
-    QString board;
-    int serial = 0;
-    QString pt;       ///< tracking software that runs, as the controller reports it
-    QString ct;       ///< controller firmware that runs, as the controller reports it
-    QString stagedPt; ///< received and verified, to run from the next restart on; or empty
-    QString stagedCt;
-    QString activity; ///< what it is doing, one line for people
-    int recordsReceived = 0;
-    int recordsExpected = 0; ///< 0 as long as no update was begun since the last restart
-    bool rebooting = false;
-};
-
-/// A camera as it stands now.
-struct CameraState
-{
-    QString model;
-    QString serial;
-    QString description;
-    QString version;       ///< firmware that runs, as the camera reports it
-    QString stagedVersion; ///< received and verified, to run after a power cycle; or empty
-    bool running = true;   ///< false: it did not come back from a power cycle
-    bool found = true;     ///< the controller knows it; after a power cycle it must search again
-    QString activity;
-    int recordsReceived = 0;
-    int recordsExpected = 0;
-};
 
 /// The controllers and cameras of one scenario, with everything that happens to them.
 ///
@@ -93,6 +58,7 @@ public:
 
     // What people do to the equipment.
 
+    /// Starts or ends a measurement; does nothing while the system is down.
     void setMeasuring(bool measuring);
 
     /// Takes power off camera @p index, from 0, and gives it back: what it received runs from then
@@ -145,6 +111,7 @@ private:
     void armRestartTimer();
     void allBecomeIdle();
 
+    QDate today() const;
     SystemMemory memory() const;
     void adopt(const SystemMemory& memory);
     void keepState();
@@ -155,8 +122,6 @@ private:
                                  const QByteArray& text);
     template <typename Device>
     void noteProgress(Device* device);
-    void stage(ControllerState* controller) const;
-    void stage(CameraState* camera) const;
 
     static constexpr int noCamera = -1;
 

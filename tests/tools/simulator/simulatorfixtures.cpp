@@ -1,0 +1,118 @@
+#include "simulatorfixtures.h"
+
+namespace {
+
+constexpr int bodySize = 24 * 120 - payloadOverhead;
+
+} // namespace
+
+QByteArray sixBitText(const QByteArray& record)
+{
+    const QByteArray alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    QByteArray text;
+    for (int first = 0; first < record.size() * 8; first += 6) {
+        int word = 0;
+        for (int bit = first; bit < qMin(first + 6, record.size() * 8); ++bit)
+            word |= ((record.at(bit / 8) >> (bit % 8)) & 1) << (bit - first);
+        text.append(alphabet.at(word));
+    }
+    return text;
+}
+
+QList<QByteArray> recordTexts(const QByteArray& payload, int recordSize)
+{
+    QList<QByteArray> texts;
+    for (int offset = 0; offset < payload.size(); offset += recordSize)
+        texts.append(sixBitText(payload.mid(offset, recordSize)));
+    return texts;
+}
+
+QByteArray trackingSoftware(VersionInfo version, const QString& appendix)
+{
+    return makePayload({PayloadComponent::TrackingSoftware, version, appendix}, bodySize, 1);
+}
+
+QByteArray controllerFirmware(VersionInfo version)
+{
+    return makePayload({PayloadComponent::ControllerFirmware, version, QString()}, bodySize, 2);
+}
+
+QByteArray cameraFirmware(VersionInfo version, const QString& appendix)
+{
+    return makePayload({PayloadComponent::CameraFirmware, version, appendix}, bodySize, 3);
+}
+
+Scenario shippedScenario(const QString& name)
+{
+    QString error;
+    const std::optional<Scenario> scenario = ScenarioReader::read(name, &error);
+    if (!scenario)
+        qFatal("%s", qPrintable(error));
+    return *scenario;
+}
+
+Equipment::Equipment(const Scenario& scenario)
+    : system(scenario, [this] { return nowMs; }), interpreter(system)
+{
+}
+
+Equipment::Equipment(const QString& scenarioName) : Equipment(shippedScenario(scenarioName)) {}
+
+QByteArray Equipment::getString(const QByteArray& text)
+{
+    const Reply reply = interpreter.execute(Operation::GetString, text);
+    return reply.ok ? reply.text : "failed: " + reply.text;
+}
+
+Reply Equipment::set(const QByteArray& text)
+{
+    return interpreter.execute(Operation::SetValue, text);
+}
+
+Reply Equipment::command(const QByteArray& text)
+{
+    return interpreter.execute(Operation::Command, text);
+}
+
+Reply Equipment::send(const QByteArray& words, const QByteArray& payload)
+{
+    return sendRecords(Operation::SetValue, words, payload);
+}
+
+Reply Equipment::sendToCamera(const QByteArray& camera, const QByteArray& payload)
+{
+    return sendRecords(Operation::Command, "vornix2 set camera update " + camera, payload);
+}
+
+void Equipment::waitMs(qint64 ms)
+{
+    nowMs += ms;
+    system.settle();
+}
+
+void Equipment::bringUp()
+{
+    if (system.msUntilReachable() < 0)
+        system.powerCycle();
+    waitMs(system.msUntilReachable());
+}
+
+Reply Equipment::sendRecords(Operation operation, const QByteArray& words,
+                             const QByteArray& payload)
+{
+    const QList<QByteArray> texts = recordTexts(payload);
+    Reply reply;
+    for (int index = 0; index < texts.size(); ++index) {
+        const QByteArray numbers =
+            QByteArray::number(texts.size()) + ' ' + QByteArray::number(index + 1);
+        reply = interpreter.execute(operation, words + ' ' + numbers + ' ' + texts.at(index));
+        if (!isTaken(reply))
+            break;
+    }
+    return reply;
+}
+
+bool isTaken(const Reply& reply)
+{
+    return reply.ok && !reply.text.startsWith("vornix2 err");
+}

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "commandinterpreter.h"
+#include "scenario.h"
+#include "simulatedsystem.h"
+
+#include <payload.h>
+
+#include <QByteArray>
+#include <QList>
+#include <QMetaType>
+
+// For the columns of tables.
+Q_DECLARE_METATYPE(BlockReceiver::State)
+Q_DECLARE_METATYPE(Delivery)
+Q_DECLARE_METATYPE(FaultMode)
+Q_DECLARE_METATYPE(Measurement)
+Q_DECLARE_METATYPE(Operation)
+Q_DECLARE_METATYPE(PayloadComponent)
+Q_DECLARE_METATYPE(VersionInfo)
+
+/// The 6-bit text of one record, made bit by bit: slow, plain and nobody else's code.
+QByteArray sixBitText(const QByteArray& record);
+
+/// The texts of the records that carry @p payload, @p recordSize bytes in each.
+QList<QByteArray> recordTexts(const QByteArray& payload, int recordSize = 120);
+
+/// A payload of some 24 records.
+QByteArray trackingSoftware(VersionInfo version, const QString& appendix = QString());
+QByteArray controllerFirmware(VersionInfo version);
+QByteArray cameraFirmware(VersionInfo version, const QString& appendix = QString());
+
+/// A shipped scenario; aborts the process if it cannot be read, which a test of its own looks at.
+Scenario shippedScenario(const QString& name);
+
+/// A system with a clock that only a test moves, and its interpreter.
+struct Equipment
+{
+    explicit Equipment(const Scenario& scenario);
+    explicit Equipment(const QString& scenarioName);
+
+    QByteArray getString(const QByteArray& text);
+    Reply set(const QByteArray& text);
+    Reply command(const QByteArray& text);
+
+    /// Sends @p payload record by record behind @p words ("system update", for example) and stops
+    /// at the first record that is not taken. @return the reply to the last record sent
+    Reply send(const QByteArray& words, const QByteArray& payload);
+    /// The same with a command for each record.
+    Reply sendToCamera(const QByteArray& camera, const QByteArray& payload);
+
+    void waitMs(qint64 ms);
+    /// Waits until the system answers, giving power by hand where it needs that.
+    void bringUp();
+
+    const ControllerState& controller(int index) const { return system.controllers().at(index); }
+
+    qint64 nowMs = Q_INT64_C(1750000000000); ///< 2025-06-15
+    SimulatedSystem system;
+    CommandInterpreter interpreter;
+
+private:
+    Reply sendRecords(Operation operation, const QByteArray& words, const QByteArray& payload);
+};
+
+/// Whether a record, setting or command was taken.
+bool isTaken(const Reply& reply);

@@ -1,0 +1,256 @@
+#include "simulatorfixtures.h"
+
+#include <fixturefiles.h>
+#include <testmain.h>
+
+#include <QFile>
+#include <QSignalSpy>
+
+class StateFileTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void stagedVersionOutlivesTheProcess();
+    void runningVersionOutlivesTheProcess();
+    void restartGoesOnAcrossProcesses();
+    void shutDownOutlivesTheProcess();
+    void everyOtherStateOutlivesTheProcess();
+    void restartThatEndsFarInTheFutureIsCut();
+    void missingFileIsNoFailure();
+    void damagedFileIsSetAside_data();
+    void damagedFileIsSetAside();
+    void fileOfOtherDevicesIsSetAside_data();
+    void fileOfOtherDevicesIsSetAside();
+    void truncatedFileIsNeverTrusted();
+    void folderInItsPlaceIsReported();
+    void failureToWriteIsReported();
+    void withoutFileNothingIsWritten();
+
+private:
+    QByteArray written() const;
+
+    std::unique_ptr<FixtureFolder> m_folder;
+    QString m_path;
+};
+
+// One process: a system that takes its state from the file and keeps it there.
+struct Process : Equipment
+{
+    Process(const QString& scenarioName, const QString& path) : Equipment(scenarioName)
+    {
+        loaded = system.loadState(path, &error);
+    }
+
+    bool loaded = false;
+    QString error;
+};
+
+void StateFileTest::init()
+{
+    m_folder = std::make_unique<FixtureFolder>();
+    m_path = m_folder->path(QStringLiteral("deeper/state.json"));
+}
+
+QByteArray StateFileTest::written() const
+{
+    QFile file(m_path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void StateFileTest::stagedVersionOutlivesTheProcess()
+{
+    Process(QStringLiteral("single"), m_path).send("system update", trackingSoftware({3, 3, 0}));
+    Process second(QStringLiteral("single"), m_path);
+    QVERIFY2(second.loaded, qPrintable(second.error));
+    QCOMPARE(second.getString("system version"), QByteArray("v3.1.0 2025-03-14"));
+    second.command("vornix2 system reboot");
+    second.bringUp();
+    QCOMPARE(second.getString("system version"), QByteArray("v3.3.0 2025-06-15"));
+}
+
+void StateFileTest::runningVersionOutlivesTheProcess()
+{
+    {
+        Process first(QStringLiteral("single"), m_path);
+        first.send("system update", trackingSoftware({3, 3, 0}));
+        first.command("vornix2 system reboot");
+        first.bringUp();
+    }
+    Process second(QStringLiteral("single"), m_path);
+    QCOMPARE(second.getString("system version"), QByteArray("v3.3.0 2025-06-15"));
+}
+
+void StateFileTest::restartGoesOnAcrossProcesses()
+{
+    {
+        Process first(QStringLiteral("single"), m_path);
+        first.send("system update", trackingSoftware({3, 3, 0}));
+        first.command("vornix2 system reboot");
+    }
+    Process second(QStringLiteral("single"), m_path);
+    QVERIFY(!second.system.isReachable());
+    QVERIFY(second.controller(0).rebooting);
+    second.waitMs(7999);
+    QVERIFY(!second.system.isReachable());
+
+    Process third(QStringLiteral("single"), m_path);
+    third.waitMs(8000);
+    QCOMPARE(third.getString("system version"), QByteArray("v3.3.0 2025-06-15"));
+}
+
+void StateFileTest::shutDownOutlivesTheProcess()
+{
+    Process(QStringLiteral("single"), m_path).command("vornix2 system shutdown");
+    Process second(QStringLiteral("single"), m_path);
+    QCOMPARE(second.system.msUntilReachable(), -1);
+    second.bringUp();
+    QVERIFY(second.system.isReachable());
+}
+
+void StateFileTest::everyOtherStateOutlivesTheProcess()
+{
+    {
+        Process first(QStringLiteral("controllers-and-cameras"), m_path);
+        first.sendToCamera("c02", cameraFirmware({1, 4, 0}, QStringLiteral("-rc.1")));
+        first.send("system ctupdt", controllerFirmware({1, 3}));
+        first.system.powerCycleCamera(0);
+        first.system.setMeasuring(true);
+    }
+    const Process second(QStringLiteral("controllers-and-cameras"), m_path);
+    QVERIFY2(second.loaded, qPrintable(second.error));
+    QCOMPARE(second.system.cameras().at(1).stagedVersion, QStringLiteral("v1.4.0-rc.1"));
+    QVERIFY(!second.system.cameras().at(0).found);
+    QCOMPARE(second.controller(0).stagedCt, QStringLiteral("v1.3"));
+    QCOMPARE(second.system.measurement(), Measurement::Running);
+}
+
+void StateFileTest::restartThatEndsFarInTheFutureIsCut()
+{
+    Process(QStringLiteral("single"), m_path).system.restart();
+    m_folder->write(QStringLiteral("deeper/state.json"),
+                    written().replace("1750000008000", "1850000000000"));
+    Process second(QStringLiteral("single"), m_path);
+    QVERIFY2(second.loaded, qPrintable(second.error));
+    QCOMPARE(second.system.msUntilReachable(), 8000);
+}
+
+void StateFileTest::missingFileIsNoFailure()
+{
+    const Process process(QStringLiteral("single"), m_path);
+    QVERIFY(process.loaded);
+    QCOMPARE(process.error, QString());
+    QVERIFY(!QFile::exists(m_path));
+}
+
+void StateFileTest::damagedFileIsSetAside_data()
+{
+    QTest::addColumn<QByteArray>("was");
+    QTest::addColumn<QByteArray>("is");
+    QTest::addColumn<QString>("reason");
+    const auto row = [](const char* name, const QByteArray& was, const QByteArray& is,
+                        const char* reason) {
+        QTest::newRow(name) << was << is << reason;
+    };
+    row("no JSON", "{", "(", "line 1: illegal value");
+    row("another format", "\"format\": 1", "\"format\": 2",
+        "format: must be a whole number from 1 to 1");
+    row("unknown power", "\"on\"", "\"half\"",
+        "power: must be one of \"on\", \"restarting\", \"hung\", \"off\"");
+    row("unknown measurement", "\"off\"", "\"maybe\"",
+        "measurement: must be one of \"off\", \"running\", \"unstoppable\"");
+    row("negative time", "\"restartEndsMs\": 0", "\"restartEndsMs\": -1",
+        "restartEndsMs: must be a whole number from 0 to 1125899906842624");
+    row("a version that is no text", "\"v1.2\"", "12", "controllers[0].ct: must be a text");
+    row("an unknown key", "\"ct\"", "\"firmware\"", "controllers[0].ct: missing");
+    row("a state that is no truth", "\"found\": true", "\"found\": 1",
+        "cameras[0].found: must be true or false");
+}
+
+void StateFileTest::damagedFileIsSetAside()
+{
+    QFETCH(QByteArray, was);
+    QFETCH(QByteArray, is);
+    QFETCH(QString, reason);
+    Process(QStringLiteral("controllers-and-cameras"), m_path).system.saveState();
+    QByteArray json = written();
+    const int place = json.indexOf(was);
+    QVERIFY2(place >= 0, json);
+    json.replace(place, was.size(), is);
+    m_folder->write(QStringLiteral("deeper/state.json"), json);
+
+    Process second(QStringLiteral("controllers-and-cameras"), m_path);
+    QVERIFY(!second.loaded);
+    QCOMPARE(second.error, m_path + QStringLiteral(": ") + reason);
+    QCOMPARE(second.getString("system version"), QByteArray("v3.1.0 2025-03-14"));
+    QVERIFY(!QFile::exists(m_path));
+    QVERIFY(QFile::exists(m_path + QStringLiteral(".damaged")));
+    QVERIFY(second.system.saveState());
+    QVERIFY(Process(QStringLiteral("controllers-and-cameras"), m_path).loaded);
+}
+
+void StateFileTest::fileOfOtherDevicesIsSetAside_data()
+{
+    QTest::addColumn<QByteArray>("was");
+    QTest::addColumn<QByteArray>("is");
+    QTest::addColumn<QString>("reason");
+    QTest::newRow("another scenario") << QByteArray("\"single\"") << QByteArray("\"double\"")
+                                      << "scenario: must be \"single\" as in the scenario";
+    QTest::newRow("another host name")
+        << QByteArray("zan-master") << QByteArray("zan-other")
+        << "controllers[0].hostName: must be \"zan-master\" as in the scenario";
+    QTest::newRow("more cameras") << QByteArray("\"cameras\": [") << QByteArray("\"cameras\": [{}")
+                                  << "cameras: must have 0 entries as in the scenario";
+}
+
+void StateFileTest::fileOfOtherDevicesIsSetAside()
+{
+    QFETCH(QByteArray, was);
+    QFETCH(QByteArray, is);
+    QFETCH(QString, reason);
+    Process(QStringLiteral("single"), m_path).system.saveState();
+    m_folder->write(QStringLiteral("deeper/state.json"), written().replace(was, is));
+    const Process second(QStringLiteral("single"), m_path);
+    QVERIFY(!second.loaded);
+    QCOMPARE(second.error, m_path + QStringLiteral(": ") + reason);
+    QVERIFY(QFile::exists(m_path + QStringLiteral(".damaged")));
+}
+
+void StateFileTest::truncatedFileIsNeverTrusted()
+{
+    Process(QStringLiteral("controllers-and-cameras"), m_path).system.saveState();
+    const QByteArray whole = written().trimmed();
+    for (int size = 0; size < whole.size(); ++size) {
+        m_folder->write(QStringLiteral("deeper/state.json"), whole.left(size));
+        const Process process(QStringLiteral("controllers-and-cameras"), m_path);
+        QVERIFY2(!process.loaded, qPrintable(QStringLiteral("cut at %1").arg(size)));
+    }
+}
+
+void StateFileTest::folderInItsPlaceIsReported()
+{
+    m_folder->makeFolder(QStringLiteral("deeper/state.json"));
+    const Process process(QStringLiteral("single"), m_path);
+    QVERIFY(!process.loaded);
+    QVERIFY2(process.error.startsWith(m_path + QStringLiteral(": ")), qPrintable(process.error));
+}
+
+void StateFileTest::failureToWriteIsReported()
+{
+    m_folder->write(QStringLiteral("deeper"), "a file where the folder should be");
+    Process process(QStringLiteral("single"), m_path);
+    QSignalSpy failures(&process.system, &SimulatedSystem::stateNotSaved);
+    QVERIFY(!process.system.saveState());
+    QCOMPARE(failures.count(), 1);
+    QVERIFY(failures.first().first().toString().startsWith(m_path + QStringLiteral(": ")));
+}
+
+void StateFileTest::withoutFileNothingIsWritten()
+{
+    Equipment equipment(QStringLiteral("single"));
+    QVERIFY(equipment.system.saveState());
+}
+
+ZAN_TEST_MAIN(StateFileTest)
+#include "tst_statefile.moc"
