@@ -11,6 +11,14 @@ static void require(bool done, const QString& path)
         qFatal("cannot make the fixture %s", qPrintable(path));
 }
 
+QString writeFixture(const QString& path, const QByteArray& bytes)
+{
+    require(QDir().mkpath(QFileInfo(path).path()), path);
+    QFile file(path);
+    require(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size(), path);
+    return path;
+}
+
 FixtureFolder::FixtureFolder()
 {
     require(m_folder.isValid(), m_folder.path());
@@ -23,11 +31,7 @@ QString FixtureFolder::path(const QString& relativePath) const
 
 QString FixtureFolder::write(const QString& relativePath, const QByteArray& bytes) const
 {
-    const QString target = path(relativePath);
-    require(QDir().mkpath(QFileInfo(target).path()), target);
-    QFile file(target);
-    require(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size(), target);
-    return target;
+    return writeFixture(path(relativePath), bytes);
 }
 
 QString FixtureFolder::makeFolder(const QString& relativePath) const

@@ -4,6 +4,10 @@
 #include <QString>
 #include <QTemporaryDir>
 
+/// Writes a file at a full path, making the folders above it; ends the test program if that fails.
+/// @return @p path
+QString writeFixture(const QString& path, const QByteArray& bytes);
+
 /// A folder of files for one test, which goes with this object.
 class FixtureFolder
 {
