@@ -5,6 +5,7 @@
 #include <QJsonParseError>
 
 #include <cmath>
+#include <utility>
 
 std::optional<QJsonObject> parseJsonObject(const QByteArray& json, const QString& fileName,
                                            QString* error)
@@ -24,14 +25,14 @@ std::optional<QJsonObject> parseJsonObject(const QByteArray& json, const QString
     return document.object();
 }
 
-CheckedObject::CheckedObject(const QJsonObject& object, const QString& fileName, QString* error)
-    : CheckedObject(object, fileName, QString(), error)
+CheckedObject::CheckedObject(QJsonObject object, QString fileName, QString* error)
+    : CheckedObject(std::move(object), std::move(fileName), QString(), error)
 {
 }
 
-CheckedObject::CheckedObject(const QJsonObject& object, const QString& fileName,
-                             const QString& prefix, QString* error)
-    : m_object(object), m_fileName(fileName), m_prefix(prefix), m_error(error)
+CheckedObject::CheckedObject(QJsonObject object, QString fileName, QString prefix, QString* error)
+    : m_object(std::move(object)), m_fileName(std::move(fileName)), m_prefix(std::move(prefix)),
+      m_error(error)
 {
 }
 
@@ -92,7 +93,7 @@ CheckedObject CheckedObject::object(const QString& key)
 {
     const QJsonObject nested =
         value(key, QJsonValue::Object, QStringLiteral("an object")).toObject();
-    return CheckedObject(nested, m_fileName, m_prefix + key + QLatin1Char('.'), m_error);
+    return {nested, m_fileName, m_prefix + key + QLatin1Char('.'), m_error};
 }
 
 CheckedObject CheckedObject::objectOrEmpty(const QString& key)
@@ -104,7 +105,7 @@ CheckedObject CheckedObject::objectOrEmpty(const QString& key)
 QVector<CheckedObject> CheckedObject::objects(const QString& key)
 {
     QVector<CheckedObject> objects;
-    for (const QJsonValue& element : array(key)) {
+    for (const QJsonValue element : array(key)) {
         const QString name = QStringLiteral("%1[%2]").arg(key).arg(objects.size());
         if (!element.isObject())
             fail(name, QStringLiteral("must be an object"));
@@ -117,7 +118,7 @@ QVector<CheckedObject> CheckedObject::objects(const QString& key)
 QStringList CheckedObject::texts(const QString& key)
 {
     QStringList texts;
-    for (const QJsonValue& element : array(key)) {
+    for (const QJsonValue element : array(key)) {
         if (!element.isString())
             fail(QStringLiteral("%1[%2]").arg(key).arg(texts.size()),
                  QStringLiteral("must be a text"));
@@ -143,7 +144,7 @@ void CheckedObject::finish()
 QJsonValue CheckedObject::value(const QString& key, QJsonValue::Type type, const QString& typeText)
 {
     m_knownKeys.insert(key);
-    const QJsonValue value = m_object.value(key);
+    QJsonValue value = m_object.value(key);
     if (value.isUndefined())
         fail(key, QStringLiteral("missing"));
     else if (value.type() != type)

@@ -30,7 +30,7 @@ class CheckedObject
 public:
     /// The root of a document. @p error must not be null, must be empty, and must outlive this
     /// object and everything read from it.
-    CheckedObject(const QJsonObject& object, const QString& fileName, QString* error);
+    CheckedObject(QJsonObject object, QString fileName, QString* error);
 
     bool contains(const QString& key) const { return m_object.contains(key); }
 
@@ -67,8 +67,7 @@ public:
     void finish();
 
 private:
-    CheckedObject(const QJsonObject& object, const QString& fileName, const QString& prefix,
-                  QString* error);
+    CheckedObject(QJsonObject object, QString fileName, QString prefix, QString* error);
 
     QJsonValue value(const QString& key, QJsonValue::Type type, const QString& typeText);
     QJsonArray array(const QString& key);

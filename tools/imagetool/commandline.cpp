@@ -105,7 +105,7 @@ Failure ImageTool::execute(const QStringList& words)
 Failure ImageTool::build(const QString& descriptionName, const QString& outputName)
 {
     QByteArray json;
-    if (const Failure failure = read(descriptionName, &json); failure.exitCode != ImageToolDone)
+    if (Failure failure = read(descriptionName, &json); failure.exitCode != ImageToolDone)
         return failure;
 
     showProgress(QString("building %1 ...").arg(outputName));
@@ -118,7 +118,7 @@ Failure ImageTool::build(const QString& descriptionName, const QString& outputNa
     const QByteArray bytes = updateFileBytes(*file);
     showProgress(QString(" %1 bytes\n").arg(bytes.size()));
 
-    const Failure failure = write(outputName, bytes);
+    Failure failure = write(outputName, bytes);
     if (m_json && failure.exitCode == ImageToolDone)
         printJson({{"file", outputName}, {"bytes", bytes.size()}});
     return failure;
@@ -127,7 +127,7 @@ Failure ImageTool::build(const QString& descriptionName, const QString& outputNa
 Failure ImageTool::show(const QString& fileName)
 {
     QByteArray bytes;
-    if (const Failure failure = read(fileName, &bytes); failure.exitCode != ImageToolDone)
+    if (Failure failure = read(fileName, &bytes); failure.exitCode != ImageToolDone)
         return failure;
 
     const UpdateFileListing listing = listUpdateFile(bytes);

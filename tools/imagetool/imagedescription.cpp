@@ -48,7 +48,7 @@ std::optional<VersionInfo> parseVersion(const QString& text, int parts)
 
 std::optional<ReleaseText> parseRelease(const QString& text)
 {
-    static const QRegularExpression form("^([0-9.]+)(-(alpha|beta|rc)\\.([0-9]+))?$");
+    static const QRegularExpression form("^([0-9.]+)(-([a-z]+)\\.([0-9]+))?$");
     const QRegularExpressionMatch match = form.match(text);
     const auto version = parseVersion(match.captured(1), 3);
     if (!version)
@@ -57,10 +57,11 @@ std::optional<ReleaseText> parseRelease(const QString& text)
         return ReleaseText{*version, 0, 0, QString()};
 
     const auto number = parseNumber(match.captured(4));
-    if (!number)
-        return std::nullopt;
-    const int type = 10 * (QStringList{"alpha", "beta", "rc"}.indexOf(match.captured(3)) + 1);
-    return ReleaseText{*version, type, *number, match.captured(2)};
+    for (const int type : {10, 20, 30}) {
+        if (number && match.captured(3) == imageformat::preReleaseWord(type))
+            return ReleaseText{*version, type, *number, match.captured(2)};
+    }
+    return std::nullopt;
 }
 
 VersionInfo readVersion(CheckedObject& object, const QString& key, int parts)
@@ -76,7 +77,7 @@ ReleaseText readRelease(CheckedObject& object)
 {
     const auto release = parseRelease(object.text("release"));
     if (!release)
-        object.fail("release", "must be a version such as \"1.2.3\" or \"1.2.3-beta.4\"");
+        object.fail("release", R"(must be a version such as "1.2.3" or "1.2.3-beta.4")");
     return release.value_or(ReleaseText());
 }
 
@@ -281,7 +282,7 @@ QByteArray DescriptionReader::readPayload(CheckedObject payload, int recordLengt
             "records",
             QStringLiteral("the payloads of a file must not exceed %1 bytes").arg(maxPayloadBytes));
     if (!payload.ok())
-        return QByteArray();
+        return {};
     return makePayload(head, static_cast<int>(size) - payloadOverhead, seed);
 }
 

@@ -1,11 +1,10 @@
 #include "imagelisting.h"
 
+#include "imageformat.h"
 #include "imagereader.h"
 #include "payload.h"
 
 #include <QJsonArray>
-
-#include <algorithm>
 
 namespace {
 
@@ -14,22 +13,18 @@ QString versionText(const VersionInfo& version)
     return version.toString().mid(1);
 }
 
+QString appendixText(int type, int number)
+{
+    if (type == 0 && number == 0)
+        return QString();
+    if (const char* word = imageformat::preReleaseWord(type))
+        return QStringLiteral("-%1.%2").arg(QLatin1String(word)).arg(number);
+    return QStringLiteral("-unknown%1.%2").arg(type).arg(number);
+}
+
 QString releaseText(const ControllerImage& image)
 {
-    const QString release = versionText(image.release);
-    if (image.preReleaseType == 0 && image.preReleaseNumber == 0)
-        return release;
-    const QString number = QString::number(image.preReleaseNumber);
-    switch (image.preReleaseType) {
-    case 10:
-        return release + "-alpha." + number;
-    case 20:
-        return release + "-beta." + number;
-    case 30:
-        return release + "-rc." + number;
-    default:
-        return release + QStringLiteral("-unknown%1.%2").arg(image.preReleaseType).arg(number);
-    }
+    return versionText(image.release) + appendixText(image.preReleaseType, image.preReleaseNumber);
 }
 
 QString dateText(const ImageDate& date)
@@ -57,14 +52,6 @@ QString componentText(PayloadComponent component)
     default:
         return "camera";
     }
-}
-
-int longestRecord(const QVector<ImageRecord>& records)
-{
-    int longest = 0;
-    for (const ImageRecord& record : records)
-        longest = std::max(longest, record.data.size());
-    return longest;
 }
 
 /// Builds the listing of one file.
@@ -166,7 +153,7 @@ QString Lister::payloadText(const RecordBlock& block, PayloadComponent component
         noteProblem(error);
         return "damaged";
     }
-    const QString text =
+    QString text =
         componentText(head->component) + " " + versionText(head->version) + head->appendix;
     if (head->component != component || head->version != version)
         noteProblem(QStringLiteral("payload is for %1 instead of %2 %3")

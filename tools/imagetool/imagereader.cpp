@@ -32,7 +32,7 @@ public:
             return m_bytes.mid(static_cast<int>(m_offset) - count, count);
         }
         fail(QStringLiteral("the file ends within the %1").arg(QLatin1String(what)));
-        return QByteArray(count, '\0');
+        return {count, '\0'};
     }
 
     quint16 word(const char* what) { return qFromLittleEndian<quint16>(take(2, what).constData()); }
@@ -46,7 +46,7 @@ public:
     {
         const int ma = word(what);
         const int mi = word(what);
-        return VersionInfo(ma, mi, parts == 3 ? word(what) : -1);
+        return {ma, mi, parts == 3 ? word(what) : -1};
     }
 
     ImageDate date(const char* what)

@@ -41,14 +41,6 @@ void appendDate(QByteArray* bytes, const ImageDate& date)
     appendWords(bytes, {date.year, date.month, date.day});
 }
 
-int longestRecord(const QVector<ImageRecord>& records)
-{
-    int longest = 0;
-    for (const ImageRecord& record : records)
-        longest = std::max(longest, record.data.size());
-    return longest;
-}
-
 QByteArray recordBlockBytes(const RecordBlock& block, quint16 magic)
 {
     QByteArray bytes;
@@ -135,6 +127,14 @@ QByteArray joinRecords(const QVector<ImageRecord>& records)
     for (const ImageRecord& record : records)
         payload.append(record.data);
     return payload;
+}
+
+int longestRecord(const QVector<ImageRecord>& records)
+{
+    int longest = 0;
+    for (const ImageRecord& record : records)
+        longest = std::max(longest, record.data.size());
+    return longest;
 }
 
 QByteArray controllerImageBytes(const ControllerImage& image)

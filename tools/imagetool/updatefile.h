@@ -7,6 +7,7 @@
 
 #include <array>
 #include <optional>
+#include <utility>
 #include <variant>
 
 /// @file
@@ -22,7 +23,7 @@ constexpr int maxRecordBytes = 120;
 struct ImageRecord
 {
     // NOLINTNEXTLINE(google-explicit-constructor): a record is its bytes
-    ImageRecord(const QByteArray& bytes = QByteArray()) : data(bytes) {}
+    ImageRecord(QByteArray bytes = QByteArray()) : data(std::move(bytes)) {}
 
     QByteArray data;                        ///< at most maxRecordBytes in a valid file
     std::optional<quint16> announcedLength; ///< `ndat`
@@ -33,6 +34,9 @@ QVector<ImageRecord> splitIntoRecords(const QByteArray& payload, int recordLengt
 
 /// The data of all records, joined together.
 QByteArray joinRecords(const QVector<ImageRecord>& records);
+
+/// Bytes in the longest of the records; 0 if there are none.
+int longestRecord(const QVector<ImageRecord>& records);
 
 /// What a controller block and a camera image have in common: a text and a stream of records.
 struct RecordBlock

@@ -69,7 +69,7 @@ QString whatIsDamaged(const QByteArray& payload)
     const auto component = littleEndianAt<quint16>(payload, componentOffset);
     if (component < 1 || component > 3)
         return QStringLiteral("payload is for an unknown component (%1)").arg(component);
-    return QString();
+    return {};
 }
 
 } // namespace
@@ -109,6 +109,7 @@ std::optional<PayloadHead> readPayload(const QByteArray& payload, QString* error
                                versionPartAt(payload, versionOffset + 2),
                                versionPartAt(payload, versionOffset + 4));
     const QByteArray appendix = payload.mid(appendixOffset, payloadAppendixLength);
-    head.appendix = QString::fromLatin1(appendix.constData(), qstrnlen(appendix, appendix.size()));
+    head.appendix = QString::fromLatin1(
+        appendix.constData(), static_cast<int>(qstrnlen(appendix, payloadAppendixLength)));
     return head;
 }
