@@ -37,12 +37,6 @@ struct UpdateRecord
     unsigned char data[MAX_RECORD_BYTES];
 };
 
-/// Size of the text buffers for an encoded record and for the replies before a run, in bytes.
-inline constexpr int LONG_TEXT_BYTES = 1024;
-
-/// Size of all other reply buffers of the host contract, in bytes.
-inline constexpr int REPLY_BYTES = 200;
-
 /// Whether the backend speaks the command protocol @p version or a later one.
 bool protocolAtLeast(const BackendVersions* beVers, const VersionInfo& version);
 

@@ -1,10 +1,14 @@
 #pragma once
 
-#include "globaldefines.h"
-
 #include <QString>
 
 #include <cstring>
+
+/// Size of the reply buffers of the host contract, in bytes.
+inline constexpr int REPLY_BYTES = 200;
+
+/// Size of the text buffers for an encoded record and for the replies before a run, in bytes.
+inline constexpr int LONG_TEXT_BYTES = 1024;
 
 /// Text buffer for one reply of the host. It is terminated whatever the host writes into its
 /// @p Size bytes.
