@@ -25,9 +25,14 @@ template <typename Application, typename Test>
 int runTest(int argc, char** argv)
 {
     const TestEnvironment environment;
-    Application application(argc, argv);
-    GuardedTest<Test> test;
-    return QTest::qExec(&test, argc, argv);
+    int failures = 0;
+    {
+        Application application(argc, argv);
+        GuardedTest<Test> test;
+        failures = QTest::qExec(&test, argc, argv);
+        countWarnings();
+    }
+    return failures + countedWarnings();
 }
 
 /// The main() of a test without widgets. Its source file includes its own .moc at the end.

@@ -3,8 +3,11 @@
 #include <QStringList>
 #include <QtTest>
 
+#include <cstdio>
+
 static QtMessageHandler s_nextHandler = nullptr;
 static QStringList s_expected;
+static int s_counted = 0;
 
 // What the platform without a display says of itself says nothing about the program.
 static bool isOfPlatform(const QString& text)
@@ -13,14 +16,18 @@ static bool isOfPlatform(const QString& text)
            text == QLatin1String("This plugin does not support raise()");
 }
 
+static bool isWarning(QtMsgType type)
+{
+    return type == QtWarningMsg || type == QtCriticalMsg;
+}
+
 static void handleMessage(QtMsgType type, const QMessageLogContext& context, const QString& text)
 {
-    const bool isWarning = type == QtWarningMsg || type == QtCriticalMsg;
-    if (isWarning && (s_expected.removeOne(text) || isOfPlatform(text)))
+    if (isWarning(type) && (s_expected.removeOne(text) || isOfPlatform(text)))
         return;
     if (s_nextHandler)
         s_nextHandler(type, context, text);
-    if (isWarning)
+    if (isWarning(type))
         QTest::qFail(qPrintable(QStringLiteral("unexpected warning: ") + text), __FILE__, __LINE__);
 }
 
@@ -29,6 +36,23 @@ void failOnUnexpectedWarnings()
     const QtMessageHandler previous = qInstallMessageHandler(handleMessage);
     if (previous != handleMessage)
         s_nextHandler = previous;
+}
+
+static void countMessage(QtMsgType type, const QMessageLogContext&, const QString& text)
+{
+    std::fprintf(stderr, "after the tests: %s\n", qPrintable(text));
+    if (isWarning(type) && !isOfPlatform(text))
+        ++s_counted;
+}
+
+void countWarnings()
+{
+    qInstallMessageHandler(countMessage);
+}
+
+int countedWarnings()
+{
+    return s_counted;
 }
 
 ExpectedWarning::ExpectedWarning(const QString& text) : m_text(text)

@@ -6,6 +6,12 @@
 /// handler over the one that is in force and hands everything on to that.
 void failOnUnexpectedWarnings();
 
+/// From now on, with no test running any more, counts the warnings instead.
+void countWarnings();
+
+/// How many warnings came since countWarnings().
+int countedWarnings();
+
 /// Announces one warning, which is then not shown; fails the test if it has not come when the
 /// object goes.
 ///
