@@ -38,7 +38,7 @@ void ZanUpdateModule::set_param(QString key, QVariant value)
     else if (key == QLatin1String("BackendVersions"))
         beVers = value.value<BackendVersions*>();
     else if (key == QLatin1String("ObserverMode"))
-        bObserverMode = value.value<bool>();
+        bObserverMode = value.userType() == QMetaType::Bool && value.toBool();
 }
 
 QList<_GuiElement*> ZanUpdateModule::get_gui_elements()
