@@ -1,0 +1,577 @@
+#include <searchhardwaredlg.h>
+
+#include <modaldriver.h>
+#include <privateaccess.h>
+#include <scriptedchannel.h>
+#include <widgettestmain.h>
+
+#include <QElapsedTimer>
+#include <QLabel>
+#include <QPalette>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include <cstring>
+
+ZAN_EXPOSE(pressOk, &SearchHardwareDlg::on_pushButton_ok_clicked);
+ZAN_EXPOSE(lookForReply, &SearchHardwareDlg::onTimer);
+ZAN_EXPOSE(m_res, &SearchHardwareDlg::m_res);
+
+using Act = std::function<void(QDialog&)>;
+Q_DECLARE_METATYPE(Act)
+Q_DECLARE_METATYPE(ScriptedAnswers)
+
+class TestSearchHardwareDlg : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void cleanup();
+
+    void hasItsForm();
+    void hasItsLayout();
+    void hasItsWidgets();
+    void showsThePictureOfThePalette_data();
+    void showsThePictureOfThePalette();
+    void showsNoPictureThatTheHostDoesNotHave();
+
+    void allowsTimeByTheSystem_data();
+    void allowsTimeByTheSystem();
+
+    void waitsForTheUser_data();
+    void waitsForTheUser();
+    void canBeLeftBeforeTheSearch_data();
+    void canBeLeftBeforeTheSearch();
+    void searchesOnTheUsersWord_data();
+    void searchesOnTheUsersWord();
+    void searchesByItself();
+    void canBeLeftBeforeItSearchesByItself();
+    void cannotBeLeftDuringTheSearch();
+    void startsAnewEachTime();
+
+    void reportsTheReply_data();
+    void reportsTheReply();
+    void judgesTheTextAlone();
+    void forgetsTheReplyOfAnEarlierSearch();
+};
+
+static const QString NAME = QStringLiteral("SearchHardwareDlgClass");
+static const QString BY_ITSELF = QStringLiteral("cameraupdate");
+static const QString BY_USER = QStringLiteral("user");
+static const QString DONE = QStringLiteral("Search for new hardware...done");
+static const QString FAILED = QStringLiteral("Error: Unable search for new hardware");
+
+template <typename Widget>
+static Widget* child(const QDialog& dialog, const char* name)
+{
+    auto* widget = dialog.findChild<Widget*>(QLatin1String(name));
+    if (!widget)
+        qFatal("no %s", name);
+    return widget;
+}
+
+static QString text(const QDialog& dialog, const char* name)
+{
+    return child<QLabel>(dialog, name)->text();
+}
+
+static QPushButton* okButton(const QDialog& dialog)
+{
+    return child<QPushButton>(dialog, "pushButton_ok");
+}
+
+static QPushButton* cancelButton(const QDialog& dialog)
+{
+    return child<QPushButton>(dialog, "pushButton_cancel");
+}
+
+void TestSearchHardwareDlg::cleanup()
+{
+    QApplication::setPalette(QPalette());
+}
+
+// ---- The form
+
+void TestSearchHardwareDlg::hasItsForm()
+{
+    ScriptedChannel channel;
+    const SearchHardwareDlg dialog(nullptr, &channel, BY_USER);
+    QCOMPARE(dialog.objectName(), NAME);
+    QCOMPARE(dialog.windowTitle(), QStringLiteral("Search for new hardware"));
+    QCOMPARE(dialog.size(), QSize(400, 160));
+    QCOMPARE(dialog.minimumSize(), QSize(400, 160));
+    QCOMPARE(dialog.maximumSize(), QSize(1000, 1000));
+    QCOMPARE(dialog.windowFlags(),
+             Qt::WindowFlags(Qt::Dialog | Qt::WindowTitleHint | Qt::WindowSystemMenuHint));
+}
+
+// Name of the widget, layout or spacer that stands at a place of a layout.
+static QString nameAt(const QBoxLayout* layout, int index)
+{
+    QLayoutItem* item = layout->itemAt(index);
+    if (item->spacerItem())
+        return QStringLiteral("spacer");
+    return item->widget() ? item->widget()->objectName() : item->layout()->objectName();
+}
+
+static QStringList names(const QBoxLayout* layout)
+{
+    QStringList list;
+    for (int index = 0; index < layout->count(); ++index)
+        list += nameAt(layout, index);
+    return list;
+}
+
+void TestSearchHardwareDlg::hasItsLayout()
+{
+    ScriptedChannel channel;
+    const SearchHardwareDlg dialog(nullptr, &channel, BY_USER);
+    const auto* outer = qobject_cast<QVBoxLayout*>(dialog.layout());
+    QVERIFY(outer);
+    QCOMPARE(outer->objectName(), QStringLiteral("verticalLayout_2"));
+    QCOMPARE(outer->spacing(), 6);
+    QCOMPARE(names(outer), (QStringList{"horizontalLayout_2", "line", "horizontalLayout"}));
+
+    const auto* upper = child<QHBoxLayout>(dialog, "horizontalLayout_2");
+    QCOMPARE(upper->spacing(), 6);
+    QCOMPARE(names(upper), (QStringList{"label_2", "verticalLayout"}));
+
+    const auto* inner = child<QVBoxLayout>(dialog, "verticalLayout");
+    QCOMPARE(inner->spacing(), 11);
+    QCOMPARE(names(inner), (QStringList{"label_4", "spacer", "label_searching", "progressBar"}));
+    QCOMPARE(inner->itemAt(1)->expandingDirections(), Qt::Orientations(Qt::Vertical));
+
+    const auto* lower = child<QHBoxLayout>(dialog, "horizontalLayout");
+    QCOMPARE(lower->spacing(), 6);
+    QCOMPARE(names(lower), (QStringList{"spacer", "pushButton_ok", "pushButton_cancel"}));
+    QCOMPARE(lower->itemAt(0)->expandingDirections(), Qt::Orientations(Qt::Horizontal));
+}
+
+void TestSearchHardwareDlg::hasItsWidgets()
+{
+    ScriptedChannel channel;
+    const SearchHardwareDlg dialog(nullptr, &channel, BY_USER);
+    QCOMPARE(child<QLabel>(dialog, "label_2")->maximumSize(), QSize(60, 1000));
+    QCOMPARE(child<QLabel>(dialog, "label_2")->alignment(), Qt::AlignCenter | Qt::AlignLeft);
+    QCOMPARE(child<QLabel>(dialog, "label_4")->alignment(), Qt::AlignCenter | Qt::AlignLeft);
+    QCOMPARE(text(dialog, "label_searching"), QString());
+
+    const auto* bar = child<QProgressBar>(dialog, "progressBar");
+    QCOMPARE(bar->maximum(), 0);
+    QCOMPARE(bar->value(), 0);
+    QVERIFY(!bar->isTextVisible());
+
+    const auto* line = child<QFrame>(dialog, "line");
+    QCOMPARE(line->frameShape(), QFrame::HLine);
+    QCOMPARE(line->frameShadow(), QFrame::Sunken);
+
+    QCOMPARE(okButton(dialog)->text(), QStringLiteral("OK"));
+    QCOMPARE(cancelButton(dialog)->text(), QStringLiteral("Cancel"));
+    QVERIFY(!cancelButton(dialog)->autoDefault());
+    QCOMPARE(okButton(dialog)->nextInFocusChain(), static_cast<QWidget*>(cancelButton(dialog)));
+}
+
+void TestSearchHardwareDlg::showsThePictureOfThePalette_data()
+{
+    QTest::addColumn<QColor>("window");
+    QTest::addColumn<QString>("picture");
+
+    const QString dark = QStringLiteral(":/images/qmessagebox-info.png");
+    const QString bright = QStringLiteral(":/images/qmessagebox-info-brightmode.png");
+    QTest::newRow("a black window") << QColor(Qt::black) << dark;
+    QTest::newRow("a white window") << QColor(Qt::white) << bright;
+    QTest::newRow("the brightest dark grey") << QColor(127, 127, 127) << dark;
+    QTest::newRow("the darkest bright grey") << QColor(128, 128, 128) << bright;
+    QTest::newRow("a colour of half the lightness") << QColor(0, 0, 255) << bright;
+    QTest::newRow("a colour just below half the lightness") << QColor(0, 0, 254) << dark;
+}
+
+void TestSearchHardwareDlg::showsThePictureOfThePalette()
+{
+    QFETCH(const QColor, window);
+    QFETCH(const QString, picture);
+    QPalette palette;
+    palette.setColor(QPalette::Window, window);
+    QApplication::setPalette(palette);
+    ScriptedChannel channel;
+    const SearchHardwareDlg dialog(nullptr, &channel, BY_USER);
+    const QPixmap shown = child<QLabel>(dialog, "label_2")->pixmap(Qt::ReturnByValue);
+    QVERIFY(!shown.isNull());
+    QCOMPARE(shown.toImage(), QPixmap(picture).toImage());
+}
+
+void TestSearchHardwareDlg::showsNoPictureThatTheHostDoesNotHave()
+{
+    Q_CLEANUP_RESOURCE(hostpictures);
+    ScriptedChannel channel;
+    const SearchHardwareDlg dialog(nullptr, &channel, BY_USER);
+    Q_INIT_RESOURCE(hostpictures);
+    QVERIFY(child<QLabel>(dialog, "label_2")->pixmap(Qt::ReturnByValue).isNull());
+    QCOMPARE(text(dialog, "label_2"), QString());
+}
+
+// ---- The time-out
+
+void TestSearchHardwareDlg::allowsTimeByTheSystem_data()
+{
+    QTest::addColumn<ScriptedAnswers>("slaves");
+    QTest::addColumn<ScriptedAnswers>("wolSlaves");
+    QTest::addColumn<int>("seconds");
+
+    const auto row = [](const char* name, const ScriptedAnswers& slaves,
+                        const ScriptedAnswers& wolSlaves, int seconds) {
+        QTest::newRow(name) << slaves << wolSlaves << seconds;
+    };
+    const auto reply = [](const auto& value) {
+        return ScriptedAnswers().reply(value);
+    };
+    const auto fail = [](const QByteArray& leftBehind) {
+        return ScriptedAnswers().fail(leftBehind);
+    };
+    row("no cascade, no wake-up", reply(0), reply("no"), 15);
+    row("one slave", reply(1), reply("no"), 45);
+    row("twenty slaves take no longer than one", reply(20), reply("no"), 45);
+    row("a wake-up without slaves", reply(0), reply("yes"), 60);
+    row("slaves that must be woken", reply(2), reply("yes"), 90);
+    row("less than no slaves", reply(-1), reply("no"), 15);
+    row("a failing count stops nothing", fail(""), reply("yes"), 60);
+    row("a failing wake-up stops nothing", reply(2), fail(""), 45);
+    row("what a failing wake-up leaves behind does not count", reply(0), fail("yes"), 15);
+    row("a wake-up that nobody tells", reply(0), ScriptedAnswers().succeed(), 15);
+    row("another case is no yes", reply(0), reply("Yes"), 15);
+    row("more than a yes is no yes", reply(0), reply("yes "), 15);
+    row("a long text without an end is no yes", reply(0),
+        ScriptedAnswers().replyUnterminated(QByteArray("yes").leftJustified(200, 'x')), 15);
+    row("a dead channel", fail(""), fail(""), 15);
+}
+
+void TestSearchHardwareDlg::allowsTimeByTheSystem()
+{
+    QFETCH(const ScriptedAnswers, slaves);
+    QFETCH(const ScriptedAnswers, wolSlaves);
+    QFETCH(const int, seconds);
+    ScriptedChannel channel;
+    channel.on("cascade number_of_connected_slaves") = slaves;
+    channel.on("cascade wol_slaves") = wolSlaves;
+    SearchHardwareDlg dialog(nullptr, &channel, BY_USER);
+    QCOMPARE(channel.takeLog(), (QStringList{R"(get_int "cascade number_of_connected_slaves")",
+                                             R"(get_string "cascade wol_slaves")"}));
+    QCOMPARE(text(dialog, "label_4"),
+             QStringLiteral("This may take up to %1 seconds!").arg(seconds));
+
+    pressOk(dialog);
+    QCOMPARE(channel.log(), (QStringList{QStringLiteral("prepare_reply 1 %1 0").arg(seconds * 1000),
+                                         R"(send_command "vornix2 reinit")"}));
+}
+
+// ---- The two modes
+
+/// Runs the dialog, in which @p act plays the user. @return the result
+static int run(SearchHardwareDlg* dialog, const Act& act)
+{
+    ModalDriver driver;
+    driver.expectDialog(NAME, act);
+    const int result = dialog->update_and_exec();
+    if (!driver.isDone())
+        QTest::qFail(qPrintable(driver.missing()), __FILE__, __LINE__);
+    return result;
+}
+
+static void verifyIdle(const QDialog& dialog)
+{
+    QCOMPARE(text(dialog, "label_searching"), QString());
+    const auto* bar = child<QProgressBar>(dialog, "progressBar");
+    QCOMPARE(bar->maximum(), 1);
+    QVERIFY(!bar->isEnabled());
+    QVERIFY(okButton(dialog)->isEnabled());
+    QVERIFY(cancelButton(dialog)->isEnabled());
+}
+
+static void verifySearching(const QDialog& dialog)
+{
+    QCOMPARE(dialog.cursor().shape(), Qt::WaitCursor);
+    QCOMPARE(text(dialog, "label_searching"), QStringLiteral("Searching..."));
+    const auto* bar = child<QProgressBar>(dialog, "progressBar");
+    QCOMPARE(bar->maximum(), 0);
+    QVERIFY(bar->isEnabled());
+    QVERIFY(!okButton(dialog)->isEnabled());
+    QVERIFY(!cancelButton(dialog)->isEnabled());
+}
+
+void TestSearchHardwareDlg::waitsForTheUser_data()
+{
+    QTest::addColumn<QString>("type");
+    QTest::newRow("any mode text") << BY_USER;
+    QTest::newRow("no mode text") << QString();
+    QTest::newRow("another case") << QStringLiteral("cameraUpdate");
+    QTest::newRow("more than the mode text") << QStringLiteral("cameraupdate ");
+}
+
+void TestSearchHardwareDlg::waitsForTheUser()
+{
+    QFETCH(const QString, type);
+    ScriptedChannel channel;
+    SearchHardwareDlg dialog(nullptr, &channel, type);
+    channel.takeLog();
+    const int result = run(&dialog, [&](QDialog& shown) {
+        verifyIdle(shown);
+        QVERIFY(okButton(shown)->isVisible());
+        QVERIFY(cancelButton(shown)->isVisible());
+        // Longer than the dialog waits in its other mode.
+        QTimer::singleShot(150, &shown, [&] { cancelButton(shown)->click(); });
+    });
+    QCOMPARE(result, int(QDialog::Rejected));
+    QCOMPARE(channel.log(), QStringList());
+}
+
+struct WayOut
+{
+    const char* name;
+    Act leave;
+};
+
+static QList<WayOut> waysOut()
+{
+    return {{"by Cancel",
+             [](QDialog& dialog) {
+                 cancelButton(dialog)->click();
+             }},
+            {"by Escape",
+             [](QDialog& dialog) {
+                 QTest::keyClick(&dialog, Qt::Key_Escape);
+             }},
+            {"by the window's close button",
+             [](QDialog& dialog) {
+                 dialog.close();
+             }},
+            {"by the dialog's own operation", [](QDialog& dialog) {
+                 dialog.reject();
+             }}};
+}
+
+void TestSearchHardwareDlg::canBeLeftBeforeTheSearch_data()
+{
+    QTest::addColumn<Act>("leave");
+    for (const WayOut& way : waysOut())
+        QTest::newRow(way.name) << way.leave;
+}
+
+void TestSearchHardwareDlg::canBeLeftBeforeTheSearch()
+{
+    QFETCH(const Act, leave);
+    ScriptedChannel channel;
+    SearchHardwareDlg dialog(nullptr, &channel, BY_USER);
+    channel.takeLog();
+    QCOMPARE(run(&dialog, leave), int(QDialog::Rejected));
+    QCOMPARE(channel.log(), QStringList());
+    QVERIFY(!dialog.isVisible());
+}
+
+/// When the calls of a search came, in milliseconds after this object was made.
+class CallTimes
+{
+public:
+    explicit CallTimes(ScriptedChannel* channel) : m_channel(channel)
+    {
+        m_clock.start();
+        channel->setHook([this](const QString& call) {
+            if (call.startsWith(QLatin1String("send_command")))
+                sent = m_clock.elapsed();
+            else if (call.startsWith(QLatin1String("poll_reply")))
+                polled = m_clock.elapsed();
+        });
+    }
+    ~CallTimes() { m_channel->setHook({}); }
+    CallTimes(const CallTimes&) = delete;
+    CallTimes& operator=(const CallTimes&) = delete;
+
+    qint64 sent = -1;
+    qint64 polled = -1;
+
+private:
+    ScriptedChannel* m_channel;
+    QElapsedTimer m_clock;
+};
+
+static QStringList logOfSearch(const QString& report)
+{
+    return {QStringLiteral("prepare_reply 1 15000 0"),
+            QStringLiteral(R"(send_command "vornix2 reinit")"), QStringLiteral("poll_reply 3"),
+            QStringLiteral(R"(post_message standard VORNIX3 1 "%1")").arg(report)};
+}
+
+void TestSearchHardwareDlg::searchesOnTheUsersWord_data()
+{
+    QTest::addColumn<Act>("confirm");
+    QTest::newRow("by OK") << Act([](QDialog& dialog) { okButton(dialog)->click(); });
+    QTest::newRow("by Enter") << Act(
+        [](QDialog& dialog) { QTest::keyClick(&dialog, Qt::Key_Return); });
+}
+
+void TestSearchHardwareDlg::searchesOnTheUsersWord()
+{
+    QFETCH(const Act, confirm);
+    ScriptedChannel channel;
+    SearchHardwareDlg dialog(nullptr, &channel, BY_USER);
+    channel.takeLog();
+    const CallTimes times(&channel);
+    const int result = run(&dialog, [&](QDialog& shown) {
+        confirm(shown);
+        verifySearching(shown);
+        // Until the timer fires nobody waits for the reply.
+        QCOMPARE(channel.log().size(), 2);
+    });
+    QCOMPARE(result, int(QDialog::Accepted));
+    QCOMPARE(channel.log(), logOfSearch(DONE));
+    QVERIFY(times.polled - times.sent >= 990);
+    QCOMPARE(dialog.cursor().shape(), Qt::ArrowCursor);
+}
+
+void TestSearchHardwareDlg::searchesByItself()
+{
+    ScriptedChannel channel;
+    SearchHardwareDlg dialog(nullptr, &channel, BY_ITSELF);
+    channel.takeLog();
+    const CallTimes times(&channel);
+    const int result = run(&dialog, [&](QDialog& shown) {
+        verifyIdle(shown);
+        QVERIFY(!okButton(shown)->isVisible());
+        QVERIFY(!cancelButton(shown)->isVisible());
+        QCOMPARE(channel.log(), QStringList());
+        QTimer::singleShot(500, &shown, [&] { verifySearching(shown); });
+    });
+    QCOMPARE(result, int(QDialog::Accepted));
+    QCOMPARE(channel.log(), logOfSearch(DONE));
+    QVERIFY2(times.sent >= 95 && times.sent < 600, qPrintable(QString::number(times.sent)));
+    QVERIFY(times.polled - times.sent >= 990);
+}
+
+void TestSearchHardwareDlg::canBeLeftBeforeItSearchesByItself()
+{
+    ScriptedChannel channel;
+    auto* dialog = new SearchHardwareDlg(nullptr, &channel, BY_ITSELF);
+    channel.takeLog();
+    QCOMPARE(run(dialog, [](QDialog& shown) { QTest::keyClick(&shown, Qt::Key_Escape); }),
+             int(QDialog::Rejected));
+    delete dialog;
+    QTest::qWait(150); // the search that was due goes with the dialog
+    QCOMPARE(channel.log(), QStringList());
+}
+
+void TestSearchHardwareDlg::cannotBeLeftDuringTheSearch()
+{
+    ScriptedChannel channel;
+    SearchHardwareDlg dialog(nullptr, &channel, BY_USER);
+    channel.takeLog();
+    const int result = run(&dialog, [&](QDialog& shown) {
+        okButton(shown)->click();
+        for (const WayOut& way : waysOut()) {
+            way.leave(shown);
+            QVERIFY2(shown.isVisible(), way.name);
+        }
+        // Nor does another search begin.
+        QTest::keyClick(&shown, Qt::Key_Return);
+        okButton(shown)->click();
+        verifySearching(shown);
+    });
+    QCOMPARE(result, int(QDialog::Accepted));
+    QCOMPARE(channel.log(), logOfSearch(DONE));
+}
+
+void TestSearchHardwareDlg::startsAnewEachTime()
+{
+    ScriptedChannel channel;
+    SearchHardwareDlg dialog(nullptr, &channel, BY_USER);
+    pressOk(dialog);
+    lookForReply(dialog);
+    channel.takeLog();
+    QCOMPARE(run(&dialog,
+                 [](QDialog& shown) {
+                     verifyIdle(shown);
+                     cancelButton(shown)->click();
+                 }),
+             int(QDialog::Rejected));
+    QCOMPARE(channel.log(), QStringList());
+}
+
+// ---- The reply
+
+void TestSearchHardwareDlg::reportsTheReply_data()
+{
+    QTest::addColumn<ScriptedAnswers>("answer");
+    QTest::addColumn<bool>("arrives");
+    QTest::addColumn<QString>("report");
+
+    const auto row = [](const char* name, const ScriptedAnswers& answer, bool arrives,
+                        const QString& report) {
+        QTest::newRow(name) << answer << arrives << report;
+    };
+    const auto reply = [](const QByteArray& value) {
+        return ScriptedAnswers().reply(value);
+    };
+    row("a confirmation", reply("vornix2 ok"), true, DONE);
+    row("a confirmation of a command that seemed to fail", ScriptedAnswers().fail("vornix2 ok"),
+        true, DONE);
+    row("a confirmation that comes too late", reply("vornix2 ok"), false, FAILED);
+    row("an empty reply", reply(""), true, FAILED);
+    row("a reply that is not delivered", ScriptedAnswers().succeed(), true, FAILED);
+    row("an error", reply("vornix2 err"), true, FAILED);
+    row("a blank behind the confirmation", reply("vornix2 ok "), true, FAILED);
+    row("a line end behind the confirmation", reply("vornix2 ok\n"), true, FAILED);
+    row("more behind the confirmation", reply("vornix2 okay"), true, FAILED);
+    row("a part of the confirmation", reply("vornix2 o"), true, FAILED);
+    row("another case", reply("Vornix2 ok"), true, FAILED);
+    row("quotes", reply("\"vornix2 ok\""), true, FAILED);
+    row("200 bytes without an end",
+        ScriptedAnswers().replyUnterminated(QByteArray("vornix2 ok").leftJustified(200, '\xE4')),
+        true, FAILED);
+}
+
+void TestSearchHardwareDlg::reportsTheReply()
+{
+    QFETCH(const ScriptedAnswers, answer);
+    QFETCH(const bool, arrives);
+    QFETCH(const QString, report);
+    ScriptedChannel channel;
+    channel.on("vornix2 reinit") = answer;
+    if (!arrives)
+        channel.onPoll().fail();
+    SearchHardwareDlg dialog(nullptr, &channel, BY_USER);
+    channel.takeLog();
+    pressOk(dialog);
+    lookForReply(dialog);
+    QCOMPARE(channel.log(), logOfSearch(report));
+    QCOMPARE(dialog.cursor().shape(), Qt::ArrowCursor);
+    QCOMPARE(dialog.result(), int(QDialog::Accepted));
+}
+
+// A host may have written the reply and still say that it did not arrive.
+void TestSearchHardwareDlg::judgesTheTextAlone()
+{
+    ScriptedChannel channel;
+    channel.onPoll().fail();
+    SearchHardwareDlg dialog(nullptr, &channel, BY_USER);
+    channel.takeLog();
+    pressOk(dialog);
+    std::strcpy(m_res(dialog), "vornix2 ok");
+    lookForReply(dialog);
+    QCOMPARE(channel.log(), logOfSearch(DONE));
+}
+
+void TestSearchHardwareDlg::forgetsTheReplyOfAnEarlierSearch()
+{
+    ScriptedChannel channel;
+    channel.onPoll().succeed().fail();
+    SearchHardwareDlg dialog(nullptr, &channel, BY_USER);
+    pressOk(dialog);
+    lookForReply(dialog);
+    QCOMPARE(channel.messagesTo("standard"), QStringList{DONE});
+    pressOk(dialog);
+    lookForReply(dialog);
+    QCOMPARE(channel.messagesTo("standard"), (QStringList{DONE, FAILED}));
+    QCOMPARE(dialog.result(), int(QDialog::Accepted));
+}
+
+ZAN_WIDGET_TEST_MAIN(TestSearchHardwareDlg)
+
+#include "tst_searchhardwaredlg.moc"
