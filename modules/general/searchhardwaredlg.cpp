@@ -47,7 +47,7 @@ int SearchHardwareDlg::update_and_exec()
     if (m_type == QLatin1String("cameraupdate")) {
         ui.pushButton_ok->hide();
         ui.pushButton_cancel->hide();
-        QTimer::singleShot(100, this, &SearchHardwareDlg::on_pushButton_ok_clicked);
+        QTimer::singleShot(100, this, SLOT(on_pushButton_ok_clicked()));
     }
     return exec();
 }
@@ -64,7 +64,7 @@ void SearchHardwareDlg::on_pushButton_ok_clicked()
     std::memset(m_res, 0, sizeof m_res);
     iom->prepare_reply(1, timeoutSeconds * 1000, 0);
     (void)iom->send_command(m_res, "vornix2 reinit");
-    QTimer::singleShot(1000, this, &SearchHardwareDlg::onTimer);
+    QTimer::singleShot(1000, this, SLOT(onTimer()));
 }
 
 void SearchHardwareDlg::onTimer()

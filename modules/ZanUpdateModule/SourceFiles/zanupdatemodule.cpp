@@ -83,12 +83,12 @@ void ZanUpdateModule::addUpdateEntry()
 void ZanUpdateModule::decideStart()
 {
     if (controllerIsUpToDate() && camerasUpToDate()) {
-        QTimer::singleShot(500, zanUpdateDlg, &ZanUpdateModule2GSettingsdlg::onTimerShowNewFeature);
+        QTimer::singleShot(500, zanUpdateDlg, SLOT(onTimerShowNewFeature()));
         return;
     }
-    QTimer::singleShot(500, zanUpdateDlg, &ZanUpdateModule2GSettingsdlg::onTimer);
+    QTimer::singleShot(500, zanUpdateDlg, SLOT(onTimer()));
     if (!hasZanValidIP())
-        QTimer::singleShot(600, zanUpdateDlg, &ZanUpdateModule2GSettingsdlg::onDisplayMsgNoValidIp);
+        QTimer::singleShot(600, zanUpdateDlg, SLOT(onDisplayMsgNoValidIp()));
 }
 
 static ZanModuleServer* server(IOManager* iom, BackendVersions* beVers)
