@@ -12,6 +12,7 @@
 #include <IOManager>
 
 #include <QDir>
+#include <QSet>
 
 #include <algorithm>
 #include <memory>
@@ -168,34 +169,30 @@ bool ZanModuleServer::setUpdateControllerPath()
     return false;
 }
 
-// Depth first, without a limit of depth. A link that leads back to a directory on the way down is
-// passed over: it holds nothing that is not found without it, and would never end.
-static QString searchBelow(const QString& directory, const QString& name, QStringList* wayDown)
+// Depth first, without a limit of depth. A directory that links lead to once more is passed over:
+// it holds nothing that was not found the first time, and loops of links would never end.
+static QString searchBelow(const QString& directory, const QString& name, QSet<QString>* visited)
 {
     const QDir dir(directory);
     if (dir.exists(name))
         return directory + QDir::separator() + name + QDir::separator();
     const QString canonicalPath = dir.canonicalPath();
-    if (wayDown->contains(canonicalPath))
+    if (visited->contains(canonicalPath))
         return QString();
+    visited->insert(canonicalPath);
 
-    wayDown->append(canonicalPath);
-    QString found;
     for (const QString& entry : dir.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
-        found = searchBelow(directory + QDir::separator() + entry, name, wayDown);
-        if (!found.isEmpty()) {
-            found += QDir::separator();
-            break;
-        }
+        const QString found = searchBelow(directory + QDir::separator() + entry, name, visited);
+        if (!found.isEmpty())
+            return found + QDir::separator();
     }
-    wayDown->removeLast();
-    return found;
+    return QString();
 }
 
 QString ZanModuleServer::searchDir(const QString& sDir, const QString& sSearchDir) const
 {
-    QStringList wayDown;
-    return searchBelow(sDir, sSearchDir, &wayDown);
+    QSet<QString> visited;
+    return searchBelow(sDir, sSearchDir, &visited);
 }
 
 bool ZanModuleServer::isTooOldForBriarscope() const
