@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <type_traits>
 #include <utility>
 
 /// @file
@@ -11,16 +12,27 @@
 ///     ZAN_EXPOSE(readFileInfo, &ZanData::readFileInfo);
 ///     ZAN_EXPOSE(newVer, &CamUpdateData::newVer);
 ///     ZAN_EXPOSE(textOf, static_cast<QString (*)(int, int)>(&ZanData::getPreReleaseAppendix));
-/// Then, for an operation, a data member (by reference) and a static operation:
+/// Then, for an operation, a data member (by reference), a static operation and a static data
+/// member (by reference):
 ///     QCOMPARE(readFileInfo(image), -3);
 ///     newVer(file) = VersionInfo(1, 2, 3);
 ///     QCOMPARE(textOf(10, 3), QStringLiteral("-alpha.3"));
+///     QCOMPARE(exemplar(), nullptr);
 
 template <typename Tag, auto Member>
 struct ExposedMember
 {
     friend auto exposedMember(Tag) { return Member; }
 };
+
+template <typename Member, typename... Arguments>
+decltype(auto) accessExposed(Member member, Arguments&&... arguments)
+{
+    if constexpr (std::is_invocable_v<Member, Arguments...>)
+        return std::invoke(member, std::forward<Arguments>(arguments)...);
+    else
+        return (*member);
+}
 
 /// @param name what the member is called in the test. @param ... pointer to the member
 #define ZAN_EXPOSE(name, ...)                                                                      \
@@ -32,6 +44,7 @@ struct ExposedMember
     template <typename... Arguments>                                                               \
     static decltype(auto) name(Arguments&&... arguments)                                           \
     {                                                                                              \
-        return std::invoke(exposedMember(name##Exposed()), std::forward<Arguments>(arguments)...); \
+        return accessExposed(exposedMember(name##Exposed()),                                       \
+                             std::forward<Arguments>(arguments)...);                               \
     }                                                                                              \
     static_assert(true, "takes the semicolon")
