@@ -196,6 +196,9 @@ void ZanUpdateModule2GSettingsdlg::showWhatInDialog(const QString& text)
 static const char* const PREFERENCES_ROOT = "VORNIX";
 static const char* const WHATS_NEW_TAG = "WHATISNEW";
 static const char* const SHOW_AT_START = "SHOW_AT_START";
+// Many times what is ever written. What a parser makes of a longer file, by its entities or its
+// depth, may take all memory or the whole stack.
+static constexpr qint64 MAX_PREFERENCES_BYTES = 8192;
 
 QString ZanUpdateModule2GSettingsdlg::preferencesFile() const
 {
@@ -220,7 +223,8 @@ void ZanUpdateModule2GSettingsdlg::loadSettings()
     QString errorMsg;
     int errorLine = 0;
     int errorColumn = 0;
-    if (!xml.setContent(&file, false, &errorMsg, &errorLine, &errorColumn)) {
+    if (!xml.setContent(file.read(MAX_PREFERENCES_BYTES), false, &errorMsg, &errorLine,
+                        &errorColumn)) {
         logToHost(iom, QStringLiteral("Error: Loading ZANupdate preferences while parsing %1 "
                                       "(Line %2, Column %3) :\n%4. Using built-in values")
                            .arg(file.fileName(), QString::number(errorLine),
