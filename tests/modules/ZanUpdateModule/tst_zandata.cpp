@@ -36,6 +36,8 @@ private slots:
     void writesDatesWithoutCheckingThem();
     void keepsTheLimitOfTheLastFirmwareBlock_data();
     void keepsTheLimitOfTheLastFirmwareBlock();
+    void widensHeaderWordsWithoutSign();
+    void isValidWithAnUnknownBlockAlone();
     void countsBlocks_data();
     void countsBlocks();
     void hasNoBlockOutsideItsTable_data();
@@ -394,6 +396,33 @@ void TestZanData::keepsTheLimitOfTheLastFirmwareBlock()
     QFETCH(ControllerImage, sample);
     const ZanData image(m_folder.write("image", controllerImageBytes(sample)));
     QTEST(image.maxPtVersion(), "maxPt");
+}
+
+void TestZanData::widensHeaderWordsWithoutSign()
+{
+    ControllerImage sample = sampleImage();
+    // The writer writes an absent part as 0xFFFF.
+    sample.release = sample.newPt = sample.newCt = sample.minPt = sample.minCt = VersionInfo();
+    const ZanData image(m_folder.write("image", controllerImageBytes(sample)));
+    const VersionInfo all(65535, 65535, 65535);
+    QCOMPARE(image.newVornix2Version(), all);
+    QCOMPARE(image.newPtVersion(), all);
+    QCOMPARE(image.minPtVersion(), all);
+    QCOMPARE(image.newCtVersion(), VersionInfo(65535, 65535, -1));
+    QCOMPARE(image.minCtVersion(), VersionInfo(65535, 65535, -1));
+}
+
+void TestZanData::isValidWithAnUnknownBlockAlone()
+{
+    for (const int type : {0, 3, 4, 7, 257, 65535}) {
+        ControllerImageBlock block = systemBlock({1, 0}, {1, 9});
+        block.type = static_cast<quint16>(type);
+        const ZanData image(m_folder.write(
+            "image", controllerImageBytes(releaseImage({3, 0, 0}, {1, 0}, {block}))));
+        QVERIFY(image.isValid());
+        QCOMPARE(image.getNumberOfUpdateBlocks(), 1);
+        QCOMPARE(image.getUpdateBlock(0)->type, ZAN_UPDATE_NOTDEFINED);
+    }
 }
 
 void TestZanData::countsBlocks_data()

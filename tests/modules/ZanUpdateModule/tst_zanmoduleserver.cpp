@@ -1095,6 +1095,7 @@ void TestZanModuleServer::survivesAnyCameraReply_data()
     QTest::addColumn<QByteArray>("reply");
     QTest::addColumn<int>("queried");
 
+    QTest::newRow("no camera") << 0 << QByteArray("0x0901 C1") << 0;
     QTest::newRow("a negative count is no camera") << -3 << QByteArray("0x0901 C1") << 0;
     QTest::newRow("the smallest count is no camera") << INT_MIN << QByteArray("0x0901 C1") << 0;
     QTest::newRow("a huge count ends where two digits end")
@@ -1121,6 +1122,7 @@ void TestZanModuleServer::survivesAnyCameraReply()
     QCOMPARE(site.channel.logOf(query).size(), queried);
     // A version without sense is (0, -1, -1), below every minimum, and no row arises.
     QVERIFY(server->listZanDisplay.isEmpty());
+    QVERIFY(server->allCamerasUpToDate());
 }
 
 void TestZanModuleServer::offersControllersBeforeCameras()
