@@ -27,6 +27,8 @@ ModuleFixture::ModuleFixture(const BackendVersions& backend)
       module(std::make_unique<ZanUpdateModule>())
 {
     qputenv("HOME", QFile::encodeName(m_home.path()));
+    // Other users may look into it, as into most homes.
+    QFile::setPermissions(m_home.path(), QFile::Permissions(0x7755));
     scriptMaster(&channel, ScriptedController());
     scriptSlaves(&channel, {});
     scriptCameras(&channel, {ScriptedCamera()});
