@@ -97,7 +97,7 @@ void FaultPlan::clear()
 
 std::optional<Fault> FaultPlan::takeForExchange(const ExchangeMoment& moment)
 {
-    const auto found =
+    const auto* const found =
         std::find_if(m_faults.cbegin(), m_faults.cend(),
                      [&moment](const Fault& fault) { return strikes(fault, moment); });
     if (found == m_faults.cend())
@@ -118,7 +118,7 @@ QVector<Fault> FaultPlan::takeForRestart(const QStringList& devices)
 
 Fault FaultPlan::takeAt(int index)
 {
-    const Fault fault = m_faults.at(index);
+    Fault fault = m_faults.at(index);
     if (fault.times == 1)
         m_faults.removeAt(index);
     else if (fault.times > 1)

@@ -94,28 +94,28 @@ QByteArray hostNameAndSerial(const SimulatedSystem& system, int index)
     return hostName(system, index) + ' ' + serial(system, index);
 }
 
-QByteArray slaveCount(const SimulatedSystem& system, int)
+QByteArray slaveCount(const SimulatedSystem& system, int /*index*/)
 {
     return QByteArray::number(system.controllers().size() - 1);
 }
 
-QByteArray wakeOnLan(const SimulatedSystem& system, int)
+QByteArray wakeOnLan(const SimulatedSystem& system, int /*index*/)
 {
     return yesOrNo(system.scenario().wakeOnLan);
 }
 
-QByteArray addressMode(const SimulatedSystem& system, int)
+QByteArray addressMode(const SimulatedSystem& system, int /*index*/)
 {
     return system.scenario().dhcp ? QByteArrayLiteral("dhcp") : QByteArrayLiteral("static");
 }
 
-QByteArray activeMode(const SimulatedSystem& system, int)
+QByteArray activeMode(const SimulatedSystem& system, int /*index*/)
 {
     return system.measurement() == Measurement::Off ? QByteArrayLiteral("idle")
                                                     : QByteArrayLiteral("mea");
 }
 
-QByteArray hardwareCount(const SimulatedSystem& system, int)
+QByteArray hardwareCount(const SimulatedSystem& system, int /*index*/)
 {
     return QByteArray::number(system.scenario().hardware.size());
 }
@@ -125,7 +125,7 @@ QByteArray hardwareText(const SimulatedSystem& system, int index)
     return quoted(system.scenario().hardware.at(index));
 }
 
-QByteArray cameraCount(const SimulatedSystem& system, int)
+QByteArray cameraCount(const SimulatedSystem& system, int /*index*/)
 {
     return QByteArray::number(system.cameras().size());
 }

@@ -32,7 +32,7 @@ bool isPlainText(const QString& text)
 // A text that can stand in a reply.
 QString replyText(CheckedObject* object, const QString& key, const QString& fallback)
 {
-    const QString text = object->text(key, fallback);
+    QString text = object->text(key, fallback);
     if (!isPlainText(text))
         object->fail(key, QStringLiteral("must be one line of at most %1 bytes").arg(maxTextBytes));
     return text;
@@ -41,7 +41,7 @@ QString replyText(CheckedObject* object, const QString& key, const QString& fall
 // A text that replies and requests separate from others by a blank.
 QString word(CheckedObject* object, const QString& key)
 {
-    const QString text = object->text(key);
+    QString text = object->text(key);
     if (text.isEmpty() || !isPlainText(text) || text.contains(QLatin1Char(' ')))
         object->fail(key, QStringLiteral("must be one word"));
     return text;
@@ -49,7 +49,7 @@ QString word(CheckedObject* object, const QString& key)
 
 QString versionText(CheckedObject* object, const QString& key)
 {
-    const QString text = replyText(object, key, object->text(key));
+    QString text = replyText(object, key, object->text(key));
     if (text.isEmpty())
         object->fail(key, QStringLiteral("must not be empty"));
     return text;
@@ -202,7 +202,7 @@ QStringList hardwareTexts(CheckedObject* root)
     const QString key = QStringLiteral("hardware");
     if (!root->contains(key))
         return QStringList();
-    const QStringList texts = root->texts(key);
+    QStringList texts = root->texts(key);
     if (!std::all_of(texts.begin(), texts.end(), isPlainText))
         root->fail(key, QStringLiteral("must be lines of at most %1 bytes").arg(maxTextBytes));
     return texts;

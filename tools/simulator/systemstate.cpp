@@ -50,7 +50,7 @@ QJsonArray toJson(const QVector<Device>& devices)
 // A text that says which device or scenario the file is about, to be the same as here.
 QString sameText(CheckedObject* object, const QString& key, const QString& here)
 {
-    const QString text = object->text(key);
+    QString text = object->text(key);
     if (text != here)
         object->fail(key, QStringLiteral("must be \"%1\" as in the scenario").arg(here));
     return text;

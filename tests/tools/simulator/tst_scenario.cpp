@@ -244,7 +244,7 @@ void ScenarioTest::refuses_data()
         << "test.json: hardware: must be lines of at most 150 bytes";
     QTest::newRow("a measurement of another kind")
         << scenarioWith(R"(, "measurement": "on")")
-        << "test.json: measurement: must be one of \"off\", \"running\", \"unstoppable\"";
+        << R"(test.json: measurement: must be one of "off", "running", "unstoppable")";
     QTest::newRow("a camera without serial")
         << scenarioWith(R"(, "cameras": [{"model": "0x0901", "version": "v1"}])")
         << "test.json: cameras[0].serial: missing";

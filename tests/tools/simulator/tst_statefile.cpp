@@ -157,9 +157,9 @@ void StateFileTest::damagedFileIsSetAside_data()
     row("another format", "\"format\": 1", "\"format\": 2",
         "format: must be a whole number from 1 to 1");
     row("unknown power", "\"on\"", "\"half\"",
-        "power: must be one of \"on\", \"restarting\", \"hung\", \"off\"");
+        R"(power: must be one of "on", "restarting", "hung", "off")");
     row("unknown measurement", "\"off\"", "\"maybe\"",
-        "measurement: must be one of \"off\", \"running\", \"unstoppable\"");
+        R"(measurement: must be one of "off", "running", "unstoppable")");
     row("negative time", "\"restartEndsMs\": 0", "\"restartEndsMs\": -1",
         "restartEndsMs: must be a whole number from 0 to 1125899906842624");
     row("a version that is no text", "\"v1.2\"", "12", "controllers[0].ct: must be a text");
