@@ -1,0 +1,30 @@
+#pragma once
+
+#include <commandinterpreter.h>
+
+#include <QByteArray>
+#include <QString>
+
+#include <optional>
+
+/// The line to the controllers: carries one text at a time and brings back the reply to it.
+///
+/// To be used from the user interface thread.
+class CommandLink
+{
+public:
+    virtual ~CommandLink() = default;
+
+    /// Sends a text and returns at once. A reply to an earlier text that nobody waited for is
+    /// dropped, also if it arrives later.
+    virtual void send(Operation operation, const QByteArray& text) = 0;
+
+    /// Waits until the reply to the last text is there.
+    ///
+    /// @param timeoutMs longest time to wait; 0 or less only looks whether it is there
+    /// @return nullopt if the time has run out, the connection is lost or nothing was sent
+    virtual std::optional<Reply> wait(int timeoutMs) = 0;
+
+    /// Address of the connected controller, as dotted IPv4 text.
+    virtual QString address() const = 0;
+};

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QStackedWidget>
+
+class QLabel;
+class QProgressBar;
+class QPushButton;
+class QTimer;
+class SimulatedSystem;
+
+/// The head of the main window: what the frontend is connected to or, while the controllers do not
+/// answer, a page that says so and how long it will be.
+class ConnectionPanel : public QStackedWidget
+{
+    Q_OBJECT
+
+public:
+    /// @param system must outlive the panel
+    explicit ConnectionPanel(SimulatedSystem& system, QWidget* parent = nullptr);
+
+    /// @param details one line about the backend
+    void showConnected(const QString& details);
+    void showWaiting();
+
+private:
+    QWidget* makeConnectedPage();
+    QWidget* makeWaitingPage();
+    void updateWaiting();
+
+    SimulatedSystem& m_system;
+    QTimer* m_clock;
+    QLabel* m_title;
+    QLabel* m_details;
+    QLabel* m_remaining;
+    QProgressBar* m_bar;
+    QPushButton* m_power;
+};

@@ -1,0 +1,184 @@
+#include "frontend.h"
+
+#include "connectionpanel.h"
+#include "logview.h"
+#include "theme.h"
+#include "version.h"
+
+#include <reportedversion.h>
+
+#include <QApplication>
+#include <QDir>
+#include <QStatusBar>
+#include <QThread>
+
+#include <utility>
+
+static const char* const UPDATE_MODULE = "UpdateModule";
+static const char* const MAIN_WINDOW = "Main_Window";
+
+// Outside every namespace, where the resources of a library have to be initialised.
+static void initPictures()
+{
+    Q_INIT_RESOURCE(frontend);
+}
+
+QString Frontend::homeFolder(const QString& stateDir)
+{
+    return stateDir + QLatin1String("/frontend-home");
+}
+
+Frontend::Frontend(Scenario scenario, const Options& options)
+    : m_options(options), m_observer(options.observer || scenario.observer),
+      m_system(std::move(scenario)),
+      m_link(m_system, options.fast ? SimulatorLink::Pace::Fast : SimulatorLink::Pace::Device),
+      m_channel(m_link), m_window(m_system, m_observer),
+      m_logReceiver(
+          [this](const QString& sender, const QString& text) { m_window.log().add(sender, text); }),
+      m_windowReceiver([this](const QString& /*sender*/, const QString& text) {
+          if (text != QLatin1String("AppReadyToShutdown"))
+              return;
+          log(tr("The module has ended its work; the frontend shuts down."));
+          m_window.statusBar()->showMessage(tr("Shutting down..."));
+      }),
+      m_lock(options.stateDir + QLatin1String("/lock"))
+{
+    initPictures();
+    m_channel.register_receiver("standard", &m_logReceiver);
+    m_channel.register_receiver(MAIN_WINDOW, &m_windowReceiver);
+    // Windows stay painted during long waits, but nothing can be clicked.
+    m_link.setIdleWork([] { QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents); });
+    connect(&m_window, &MainWindow::themeChanged, this, &Frontend::tellTheme);
+    connect(&m_system, &SimulatedSystem::stateNotSaved, this, &Frontend::log);
+    applyTheme(options.dark);
+    m_window.setDarkTheme(options.dark);
+
+    m_follow.setInterval(100);
+    connect(&m_follow, &QTimer::timeout, this, &Frontend::followSystem);
+}
+
+Frontend::~Frontend()
+{
+    leaveModule();
+}
+
+QString Frontend::stateFile(const QString& name) const
+{
+    return m_options.stateDir + QLatin1Char('/') + name;
+}
+
+bool Frontend::prepare(QString* error)
+{
+    if (!QDir().mkpath(homeFolder(m_options.stateDir))) {
+        *error = tr("%1: the state folder cannot be made").arg(m_options.stateDir);
+        return false;
+    }
+    if (!m_lock.tryLock()) {
+        *error = tr("%1: another frontend uses this state folder").arg(m_options.stateDir);
+        return false;
+    }
+    if (m_options.fresh)
+        forgetState();
+    QString damage;
+    if (!m_system.loadState(stateFile(QStringLiteral("system.json")), &damage))
+        log(tr("The state was set aside: %1").arg(damage));
+
+    m_module = loadModule(m_options.pluginFile, error);
+    return m_module != nullptr;
+}
+
+void Frontend::forgetState()
+{
+    QFile::remove(stateFile(QStringLiteral("system.json")));
+    QDir(homeFolder(m_options.stateDir)).removeRecursively();
+    QDir().mkpath(homeFolder(m_options.stateDir));
+}
+
+void Frontend::log(const QString& text)
+{
+    m_window.log().add(QStringLiteral("Frontend"), text);
+}
+
+void Frontend::run()
+{
+    if (!m_system.isReachable())
+        m_window.connection().showWaiting();
+    m_window.show();
+    log(tr("Simulated system: %1").arg(m_system.scenario().title));
+    m_follow.start();
+    QApplication::exec();
+    m_follow.stop();
+    leaveModule();
+}
+
+// The module takes part from when the controllers answer until they no longer do. It cannot leave
+// while a window of its own runs an event loop, so that has to end first.
+void Frontend::followSystem()
+{
+    const bool isReachable = m_system.isReachable();
+    m_wasUnreachable = m_wasUnreachable || !isReachable;
+    if (QThread::currentThread()->loopLevel() > 1)
+        return;
+    if (m_session && m_wasUnreachable) {
+        log(tr("The controllers do not answer any more."));
+        leaveModule();
+        m_window.connection().showWaiting();
+    }
+    m_wasUnreachable = !isReachable;
+    if (!m_session && isReachable && m_module)
+        enterModule();
+}
+
+void Frontend::enterModule()
+{
+    m_versions = std::make_unique<BackendVersions>(askVersions());
+    m_window.connection().showConnected(
+        tr("Model %1, tracking software %2, controller firmware %3, command protocol %4")
+            .arg(m_versions->zanModel(), m_versions->systemPt().toString(),
+                 m_versions->systemCt().toString(), m_versions->protocol().toString()));
+    log(tr("Connected to %1").arg(m_link.address()));
+
+    m_session = std::make_unique<ModuleSession>(
+        *m_module, HostParameters{&m_channel, &m_window, m_versions.get(), m_observer});
+    const QString module =
+        QStringLiteral("%1 %2").arg(m_module->get_module_name(), m_module->get_module_version());
+    m_window.addModuleEntries(m_session->elements());
+    m_window.setModuleText(module);
+    log(tr("Module loaded: %1").arg(module));
+    tellModule(frontendVersion);
+    tellTheme(m_window.isDarkTheme());
+}
+
+void Frontend::leaveModule()
+{
+    if (!m_session)
+        return;
+    // From here on the module's receiver may be gone at any moment.
+    m_channel.forgetReceiver(UPDATE_MODULE);
+    m_window.removeModuleEntries();
+    m_session.reset();
+}
+
+BackendVersions Frontend::askVersions()
+{
+    const Scenario& scenario = m_system.scenario();
+    return BackendVersions(askVersion("system version"), scenario.protocol,
+                           askVersion("system controller_version"), scenario.backendModel);
+}
+
+VersionInfo Frontend::askVersion(const char* key)
+{
+    char reply[HostChannel::replyBytes] = {};
+    return m_channel.get_string(reply, "%s", key) == 0 ? reportedVersion(QString::fromUtf8(reply))
+                                                       : VersionInfo();
+}
+
+void Frontend::tellTheme(bool dark)
+{
+    tellModule(dark ? "DarkThemeEnabled" : "DarkThemeDisabled");
+}
+
+void Frontend::tellModule(const char* text)
+{
+    m_channel.post_message(UPDATE_MODULE, MAIN_WINDOW, 1, text);
+}

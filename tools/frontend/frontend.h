@@ -1,0 +1,67 @@
+#pragma once
+
+#include "hostchannel.h"
+#include "mainwindow.h"
+#include "modulesession.h"
+#include "options.h"
+#include "simulatorlink.h"
+#include "textreceiver.h"
+
+#include <QLockFile>
+#include <QTimer>
+
+#include <memory>
+
+/// The frontend as a whole: the simulated system, the channel to it, the window and the module that
+/// takes part as long as the controllers answer.
+///
+/// To be made after the application object, and with HOME set to homeFolder().
+class Frontend : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// The folder below @p stateDir that stands in for the user's home.
+    static QString homeFolder(const QString& stateDir);
+
+    Frontend(Scenario scenario, const Options& options);
+    ~Frontend() override;
+
+    /// Takes the state folder and loads the module. A state that is damaged is no failure: it is
+    /// reported in the log, and the system stands as the scenario tells.
+    /// @return false if that is not possible; @p error, not null, says why.
+    bool prepare(QString* error);
+
+    /// Shows the window and serves events until the application quits, then has the module leave.
+    void run();
+
+    MainWindow& window() { return m_window; }
+    const SimulatedSystem& system() const { return m_system; }
+
+private:
+    QString stateFile(const QString& name) const;
+    void forgetState();
+    void log(const QString& text);
+    void followSystem();
+    void enterModule();
+    void leaveModule();
+    BackendVersions askVersions();
+    VersionInfo askVersion(const char* key);
+    void tellTheme(bool dark);
+    void tellModule(const char* text);
+
+    Options m_options;
+    bool m_observer;
+    SimulatedSystem m_system;
+    SimulatorLink m_link;
+    HostChannel m_channel;
+    MainWindow m_window;
+    TextReceiver m_logReceiver;
+    TextReceiver m_windowReceiver;
+    QLockFile m_lock;
+    QTimer m_follow;
+    bool m_wasUnreachable = false;
+    ModuleInterface* m_module = nullptr;
+    std::unique_ptr<BackendVersions> m_versions;
+    std::unique_ptr<ModuleSession> m_session; // last: it uses all the others
+};

@@ -1,0 +1,60 @@
+#include "headlessrun.h"
+
+#include "deliveredversions.h"
+#include "frontend.h"
+#include "narrator.h"
+#include "screenshots.h"
+#include "userdriver.h"
+#include "watchdog.h"
+
+#include <QCoreApplication>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+
+// Longer than the longest time that a module may wait for a controller.
+static constexpr std::chrono::seconds PATIENCE(180);
+
+// The thread that could clean up is the one that hangs.
+[[noreturn]] static void giveUp(const QString& place)
+{
+    std::printf("Nothing has moved for %d s. The last window was: %s\n",
+                static_cast<int>(PATIENCE.count()), qPrintable(place));
+    std::fflush(stdout);
+    std::_Exit(Hanging);
+}
+
+static ExitCode judge(const SimulatedSystem& system, const QStringList& refusals,
+                      Narrator& narrator)
+{
+    const auto tell = [&](const QString& text) {
+        narrator.tell(QStringLiteral("result"), text);
+    };
+    for (const QString& refusal : refusals)
+        tell(QStringLiteral("refused: ") + refusal);
+    if (!system.isReachable()) {
+        tell(QStringLiteral("The controllers restart. Start again to see what became of it."));
+        return StartAgain;
+    }
+    const QString updateFiles =
+        QCoreApplication::applicationDirPath() + QLatin1String("/controller_update");
+    const QStringList missing = DeliveredVersions::read(updateFiles).missingIn(system);
+    for (const QString& device : missing)
+        tell(device);
+    if (!missing.isEmpty()) {
+        tell(QStringLiteral("Not all controllers and cameras run the newest versions."));
+        return NotNewest;
+    }
+    tell(QStringLiteral("All controllers and cameras run the newest versions."));
+    return Success;
+}
+
+ExitCode runHeadless(Frontend& frontend, const Options& options, Narrator& narrator)
+{
+    Screenshots screenshots(options.screenshotDir, options.stateDir + "/last-picture");
+    Watchdog watchdog(PATIENCE, giveUp);
+    UserDriver driver(frontend.window(), narrator, screenshots, watchdog);
+    frontend.run();
+    return judge(frontend.system(), driver.refusals(), narrator);
+}

@@ -1,0 +1,146 @@
+#include "hostchannel.h"
+
+#include <MessageReceiver.h>
+
+#include <QVarLengthArray>
+
+#include <cstdio>
+#include <cstring>
+
+static constexpr int SUCCESS = 0;
+static constexpr int FAILURE = 1;
+
+static int result(bool ok)
+{
+    return ok ? SUCCESS : FAILURE;
+}
+
+__attribute__((format(printf, 1, 0))) static QByteArray expand(const char* format,
+                                                               va_list arguments)
+{
+    QVarLengthArray<char, 1024> text(1024);
+    va_list again;
+    va_copy(again, arguments);
+    const int length = std::vsnprintf(text.data(), static_cast<size_t>(text.size()), format, again);
+    va_end(again);
+    if (length >= text.size()) {
+        text.resize(length + 1);
+        std::vsnprintf(text.data(), static_cast<size_t>(text.size()), format, arguments);
+    }
+    return QByteArray(text.data(), qMax(0, length));
+}
+
+static void copyReply(char* target, const QByteArray& text)
+{
+    // Up to a zero byte inside of the text, if there is one: the receiver sees no further.
+    std::strncpy(target, text.constData(), HostChannel::replyBytes - 1);
+    target[HostChannel::replyBytes - 1] = '\0';
+}
+
+// A failed exchange leaves the caller's buffer as it was.
+static bool takeReply(const std::optional<Reply>& reply, char* target)
+{
+    if (!reply || !reply->ok)
+        return false;
+    if (target)
+        copyReply(target, reply->text);
+    return true;
+}
+
+void HostChannel::prepare_reply(int /*kind*/, int timeoutMs, int /*pollFollows*/)
+{
+    m_preparedTimeoutMs = timeoutMs;
+}
+
+int HostChannel::send_command(char* reply, const char* format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    const QByteArray text = expand(format, arguments);
+    va_end(arguments);
+    return sendOrStart(Operation::Command, text, reply);
+}
+
+int HostChannel::set_value(const char* format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    const QByteArray text = expand(format, arguments);
+    va_end(arguments);
+    return sendOrStart(Operation::SetValue, text, nullptr);
+}
+
+int HostChannel::get_string(char* value, const char* format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    const QByteArray text = expand(format, arguments);
+    va_end(arguments);
+    return result(takeReply(exchange(Operation::GetString, text), value));
+}
+
+int HostChannel::get_int(int* value, const char* format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    const QByteArray text = expand(format, arguments);
+    va_end(arguments);
+    const std::optional<Reply> reply = exchange(Operation::GetInt, text);
+    if (!reply || !reply->ok)
+        return FAILURE;
+    *value = reply->integer;
+    return SUCCESS;
+}
+
+int HostChannel::poll_reply(int /*mode*/)
+{
+    finishPending();
+    const bool ok = m_pending && m_pending->outcome.value_or(false);
+    m_pending.reset();
+    return result(ok);
+}
+
+void HostChannel::post_message(const char* receiver, const char* sender, int kind,
+                               const char* message)
+{
+    if (MessageReceiver* target = m_receivers.value(receiver))
+        target->transmit_message(kind, sender, message);
+}
+
+void HostChannel::register_receiver(const char* name, MessageReceiver* receiver)
+{
+    m_receivers.insert(name, receiver);
+}
+
+void HostChannel::get_address(char* address)
+{
+    copyReply(address, m_link.address().toLatin1());
+}
+
+std::optional<Reply> HostChannel::exchange(Operation operation, const QByteArray& text)
+{
+    finishPending();
+    m_link.send(operation, text);
+    return m_link.wait(defaultTimeoutMs);
+}
+
+int HostChannel::sendOrStart(Operation operation, const QByteArray& text, char* reply)
+{
+    if (!m_preparedTimeoutMs)
+        return result(takeReply(exchange(operation, text), reply));
+
+    finishPending();
+    m_link.send(operation, text);
+    m_pending = Pending{reply, *m_preparedTimeoutMs, {}, std::nullopt};
+    m_pending->age.start();
+    m_preparedTimeoutMs.reset();
+    return SUCCESS;
+}
+
+void HostChannel::finishPending()
+{
+    if (!m_pending || m_pending->outcome)
+        return;
+    const qint64 leftMs = qMax<qint64>(0, m_pending->timeoutMs - m_pending->age.elapsed());
+    m_pending->outcome = takeReply(m_link.wait(static_cast<int>(leftMs)), m_pending->reply);
+}

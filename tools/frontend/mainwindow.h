@@ -1,0 +1,77 @@
+#pragma once
+
+#include "orderedmenus.h"
+
+#include <ModuleInterface.h>
+
+#include <QMainWindow>
+#include <QVector>
+
+class ConnectionPanel;
+class LogView;
+class QLabel;
+class SimulatedSystem;
+class SystemView;
+
+/// The frontend's window: menus, the state of the connection, the simulated equipment and the log.
+/// Windows of modules open below the equipment, so that it can be watched.
+class MainWindow : public QMainWindow
+{
+    Q_OBJECT
+
+public:
+    /// @param system must outlive the window
+    /// @param observer whether the user may only look on
+    MainWindow(SimulatedSystem& system, bool observer, QWidget* parent = nullptr);
+
+    ConnectionPanel& connection() { return *m_connection; }
+    LogView& log() { return *m_log; }
+
+    /// Places the menu entries of a module, which stay the module's. Those that must not be used
+    /// during a measurement are disabled as long as one runs.
+    void addModuleEntries(const QList<GuiElement*>& elements);
+    /// Takes all of them out again, to be called before the module goes.
+    void removeModuleEntries();
+    /// @param text what the box "About" says of the module
+    void setModuleText(const QString& text) { m_moduleText = text; }
+
+    void setDarkTheme(bool dark);
+    bool isDarkTheme() const;
+
+signals:
+    void themeChanged(bool dark);
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    struct ModuleEntry
+    {
+        QAction* action;
+        bool activeDuringMeasurement;
+    };
+
+    void makeMenus();
+    QAction* addAction(const QString& text, const QString& tip, int order, const QString& menu,
+                       int menuOrder);
+    QWidget* makeContent();
+    void makeStatusBar();
+    void adaptSize();
+    void placeBelowEquipment(QWidget* dialog) const;
+    void followSystem();
+    void showAbout();
+
+    SimulatedSystem& m_system;
+    bool m_observer;
+    OrderedMenus m_menus;
+    ConnectionPanel* m_connection;
+    SystemView* m_equipment;
+    LogView* m_log;
+    QLabel* m_measurement;
+    QAction* m_startMeasurement = nullptr;
+    QAction* m_stopMeasurement = nullptr;
+    QAction* m_darkTheme = nullptr;
+    QVector<ModuleEntry> m_moduleEntries;
+    QString m_moduleText;
+};

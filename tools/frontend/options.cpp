@@ -1,0 +1,132 @@
+#include "options.h"
+
+#include <QCommandLineParser>
+#include <QDir>
+#include <QFileInfo>
+
+namespace {
+
+const char description[] =
+    R"(Demo frontend of the VORNIX3 update module, with simulated controllers.
+
+Everything that is kept stands in the state folder: the simulated controllers in
+system.json, and the preferences of the modules in a home folder of its own. HOME
+is set to that folder before a module is loaded, so the real one stays untouched.
+
+Exit codes:
+  0  the frontend was left; with --headless: all controllers and cameras run the
+     newest versions that the update files bring them
+  1  it could not start: scenario, state folder or update module
+  2  wrong command line
+  3  --headless: some controllers or cameras do not run the newest versions; the
+     last lines say which, and what was refused
+  4  --headless: a window or the program hangs; the last line names the window
+  5  --headless: the controllers restart; start again with the same state folder
+     to see what became of the update)";
+
+struct CommandLine
+{
+    QCommandLineParser parser;
+    QCommandLineOption help{{"h", "help"}, "Shows this text."};
+    QCommandLineOption version{"version", "Shows the version of the frontend."};
+    QCommandLineOption list{"list", "Lists the scenarios that come with the simulator."};
+    QCommandLineOption scenario{"scenario", "What is simulated: the name of a scenario, or a file.",
+                                "NAME|FILE", "cascade"};
+    QCommandLineOption stateDir{"state-dir",
+                                "State folder; state/SCENARIO beside the folder of the program if "
+                                "none is given.",
+                                "DIR"};
+    QCommandLineOption fresh{"fresh", "Forgets what the state folder holds, and starts anew."};
+    QCommandLineOption fast{"fast", "Controllers take records as they come, not at their own pace "
+                                    "(2750 a second)."};
+    QCommandLineOption headless{"headless", "Plays the user on the real windows, prints what "
+                                            "happens, and leaves."};
+    QCommandLineOption screenshots{"screenshots",
+                                   "With --headless: saves a picture of every "
+                                   "window and message box.",
+                                   "DIR"};
+    QCommandLineOption observer{"observer", "The user may only look on."};
+    QCommandLineOption dark{"dark", "Starts with the dark theme."};
+    QCommandLineOption plugin{"plugin", "The update module to load.", "FILE"};
+
+    CommandLine()
+    {
+        parser.setApplicationDescription(QString::fromLatin1(description));
+        parser.addOptions({help, list, scenario, stateDir, fresh, fast, headless, screenshots,
+                           observer, dark, plugin, version});
+    }
+};
+
+QString absolute(const QString& path)
+{
+    return QDir::cleanPath(QDir::current().absoluteFilePath(path));
+}
+
+Options::Action actionOf(const CommandLine& line)
+{
+    if (line.parser.isSet(line.help))
+        return Options::Action::ShowHelp;
+    if (line.parser.isSet(line.version))
+        return Options::Action::ShowVersion;
+    if (line.parser.isSet(line.list))
+        return Options::Action::ListScenarios;
+    return Options::Action::Run;
+}
+
+// A file by its absolute path, as the current folder is changed later.
+QString scenarioOf(const QString& text)
+{
+    return text.contains(QLatin1Char('/')) || text.endsWith(QLatin1String(".json")) ? absolute(text)
+                                                                                    : text;
+}
+
+Options optionsOf(const CommandLine& line, const QString& programDir)
+{
+    const QCommandLineParser& parser = line.parser;
+    Options options;
+    options.action = actionOf(line);
+    options.scenario = scenarioOf(parser.value(line.scenario));
+    const QString name = QFileInfo(options.scenario).completeBaseName();
+    options.stateDir = parser.isSet(line.stateDir)
+                           ? absolute(parser.value(line.stateDir))
+                           : QDir::cleanPath(programDir + "/../state/" + name);
+    options.pluginFile = parser.isSet(line.plugin)
+                             ? absolute(parser.value(line.plugin))
+                             : programDir + QLatin1String("/modules/libZanUpdateModule.so");
+    if (parser.isSet(line.screenshots))
+        options.screenshotDir = absolute(parser.value(line.screenshots));
+    options.fresh = parser.isSet(line.fresh);
+    options.fast = parser.isSet(line.fast);
+    options.headless = parser.isSet(line.headless);
+    options.observer = parser.isSet(line.observer);
+    options.dark = parser.isSet(line.dark);
+    return options;
+}
+
+} // namespace
+
+bool parseOptions(const QStringList& arguments, const QString& programDir, Options* options,
+                  QString* error)
+{
+    CommandLine line;
+    if (!line.parser.parse(arguments)) {
+        *error = line.parser.errorText();
+        return false;
+    }
+    if (!line.parser.positionalArguments().isEmpty()) {
+        *error = QStringLiteral("Unexpected argument: %1")
+                     .arg(line.parser.positionalArguments().constFirst());
+        return false;
+    }
+    *options = optionsOf(line, programDir);
+    if (!options->screenshotDir.isEmpty() && !options->headless) {
+        *error = QStringLiteral("--screenshots needs --headless");
+        return false;
+    }
+    return true;
+}
+
+QString helpText()
+{
+    return CommandLine().parser.helpText();
+}

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+/// What the program was asked to do.
+struct Options
+{
+    enum class Action
+    {
+        Run,
+        ShowHelp,
+        ShowVersion,
+        ListScenarios,
+    };
+
+    Action action = Action::Run;
+    QString scenario = QStringLiteral("cascade"); ///< name of a shipped one, or a file
+    QString stateDir;                             ///< absolute; made when it is needed
+    QString pluginFile;                           ///< absolute
+    QString screenshotDir;                        ///< absolute; empty: no pictures
+    bool fresh = false;
+    bool fast = false;
+    bool headless = false;
+    bool observer = false;
+    bool dark = false;
+};
+
+/// How the program ends; --help tells the same.
+enum ExitCode : int
+{
+    Success = 0,
+    StartFailed = 1,
+    WrongUsage = 2,
+    NotNewest = 3,
+    Hanging = 4,
+    StartAgain = 5,
+};
+
+/// Reads the command line.
+///
+/// @param arguments the program's name, then its arguments
+/// @param programDir folder that the program and what is delivered with it stand in
+/// @param error must not be null; receives one line if the result is no success
+/// @return whether the command line makes sense
+bool parseOptions(const QStringList& arguments, const QString& programDir, Options* options,
+                  QString* error);
+
+/// The text of --help. There must be an application object.
+QString helpText();

@@ -1,0 +1,57 @@
+#include "simulatorlink.h"
+
+#include <QThread>
+
+// How far the schedule may be behind before it starts anew: the time that the sender itself needs
+// does not slow a stream of records down.
+static constexpr qint64 SLACK_MS = 50;
+static constexpr qint64 IDLE_SLICE_MS = 40;
+
+SimulatorLink::SimulatorLink(SimulatedSystem& system, Pace pace)
+    : m_system(system), m_interpreter(system), m_pace(pace)
+{
+    m_clock.start();
+}
+
+void SimulatorLink::send(Operation operation, const QByteArray& text)
+{
+    m_reply = m_interpreter.execute(operation, text);
+    if (m_pace == Pace::Device)
+        m_replyAtMs = qMax(m_replyAtMs, m_clock.elapsed() - SLACK_MS) + m_reply->deviceMs;
+}
+
+std::optional<Reply> SimulatorLink::wait(int timeoutMs)
+{
+    if (!m_reply || m_reply->delivery == Delivery::ConnectionLost)
+        return std::nullopt;
+    const qint64 neededMs = msUntilReply();
+    const bool comes = m_reply->delivery == Delivery::Answered && neededMs <= qMax(0, timeoutMs);
+    if (m_pace == Pace::Device)
+        pass(comes ? neededMs : timeoutMs);
+    if (!comes)
+        return std::nullopt;
+    const std::optional<Reply> reply = m_reply;
+    m_reply.reset();
+    return reply;
+}
+
+QString SimulatorLink::address() const
+{
+    return m_system.scenario().address();
+}
+
+qint64 SimulatorLink::msUntilReply() const
+{
+    return m_pace == Pace::Device ? qMax<qint64>(0, m_replyAtMs - m_clock.elapsed())
+                                  : m_reply->deviceMs;
+}
+
+void SimulatorLink::pass(qint64 ms) const
+{
+    const qint64 endMs = m_clock.elapsed() + ms;
+    for (qint64 leftMs = ms; leftMs > 0; leftMs = endMs - m_clock.elapsed()) {
+        QThread::msleep(static_cast<unsigned long>(qMin(leftMs, IDLE_SLICE_MS)));
+        if (m_idleWork && leftMs > IDLE_SLICE_MS)
+            m_idleWork();
+    }
+}

@@ -1,0 +1,166 @@
+#include "systemview.h"
+
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QPainter>
+#include <QPushButton>
+#include <QStyledItemDelegate>
+#include <QTableView>
+
+namespace {
+
+constexpr int refreshMs = 50;
+constexpr int recordsColumnWidth = 150;
+constexpr int minShownRows = 3;
+constexpr int maxShownRows = 8;
+constexpr int columnGap = 12;
+constexpr int rowGap = 4;
+
+/// Leaves room between the columns, and shows the fraction behind progressRole as a bar.
+class DeviceDelegate : public QStyledItemDelegate
+{
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override
+    {
+        return QStyledItemDelegate::sizeHint(option, index) + QSize(columnGap, rowGap);
+    }
+
+    void paint(QPainter* painter, const QStyleOptionViewItem& option,
+               const QModelIndex& index) const override
+    {
+        const QVariant fraction = index.data(progressRole);
+        if (!fraction.isValid()) {
+            QStyledItemDelegate::paint(painter, option, index);
+            return;
+        }
+        QStyleOptionProgressBar bar;
+        bar.rect = option.rect.adjusted(3, 3, -3, -3);
+        bar.palette = option.palette;
+        bar.fontMetrics = option.fontMetrics;
+        bar.direction = option.direction;
+        bar.state = QStyle::State_Enabled | QStyle::State_Horizontal;
+        bar.minimum = 0;
+        bar.maximum = 1000;
+        bar.progress = static_cast<int>(fraction.toDouble() * bar.maximum);
+        bar.text = index.data().toString();
+        bar.textVisible = true;
+        bar.textAlignment = Qt::AlignCenter;
+        option.widget->style()->drawControl(QStyle::CE_ProgressBar, &bar, painter, option.widget);
+    }
+};
+
+/// As high as its rows, as long as they are not too many.
+class DeviceView : public QTableView
+{
+public:
+    QSize sizeHint() const override { return {1000, heightOf(maxShownRows)}; }
+    QSize minimumSizeHint() const override { return {200, heightOf(minShownRows)}; }
+
+private:
+    int heightOf(int maxRows) const
+    {
+        const int rows = qMin(model()->rowCount(), maxRows);
+        return horizontalHeader()->sizeHint().height() + rows * verticalHeader()->sectionSize(0) +
+               2 * frameWidth();
+    }
+};
+
+QTableView* makeDeviceView(QAbstractTableModel* model, const QString& name)
+{
+    auto* view = new DeviceView;
+    view->setAccessibleName(name);
+    view->setModel(model);
+    view->setItemDelegate(new DeviceDelegate(view));
+    view->setAlternatingRowColors(true);
+    view->setShowGrid(false);
+    view->setWordWrap(false);
+    view->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    view->setSelectionBehavior(QAbstractItemView::SelectRows);
+    view->setTabKeyNavigation(false);
+    view->verticalHeader()->hide();
+    view->verticalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
+
+    QHeaderView* header = view->horizontalHeader();
+    header->setHighlightSections(false);
+    header->setSectionResizeMode(QHeaderView::ResizeToContents);
+    header->setSectionResizeMode(header->count() - 2, QHeaderView::Stretch);
+    header->setSectionResizeMode(header->count() - 1, QHeaderView::Fixed);
+    header->resizeSection(header->count() - 1, recordsColumnWidth);
+    return view;
+}
+
+QHBoxLayout* rightAligned(QWidget* widget)
+{
+    auto* line = new QHBoxLayout;
+    line->addStretch();
+    line->addWidget(widget);
+    return line;
+}
+
+} // namespace
+
+SystemView::SystemView(SimulatedSystem& system, QWidget* parent)
+    : QWidget(parent), m_system(system), m_controllers(makeControllerTable(system, this)),
+      m_cameras(makeCameraTable(system, this))
+{
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(makeControllers(), 1);
+    if (!system.cameras().isEmpty())
+        layout->addWidget(makeCameras(), 1);
+
+    // A stream of records changes the system more often than eyes can follow.
+    m_refresh.setSingleShot(true);
+    m_refresh.setInterval(refreshMs);
+    connect(&m_refresh, &QTimer::timeout, this, &SystemView::refresh);
+    connect(&system, &SimulatedSystem::changed, this, [this] {
+        if (!m_refresh.isActive())
+            m_refresh.start();
+    });
+}
+
+QWidget* SystemView::makeControllers()
+{
+    auto* group = new QGroupBox(tr("Controllers (simulated)"));
+    auto* layout = new QVBoxLayout(group);
+    layout->addWidget(makeDeviceView(m_controllers, group->title()));
+    auto* power = new QPushButton(tr("Power-c&ycle the controllers"));
+    power->setObjectName(QStringLiteral("pushButton_powerCycleControllers"));
+    power->setStatusTip(tr("Take power off all controllers and give it back"));
+    connect(power, &QPushButton::clicked, &m_system, &SimulatedSystem::powerCycle);
+    layout->addLayout(rightAligned(power));
+    return group;
+}
+
+QWidget* SystemView::makeCameras()
+{
+    auto* group = new QGroupBox(tr("Cameras (simulated)"));
+    auto* layout = new QVBoxLayout(group);
+    m_cameraView = makeDeviceView(m_cameras, group->title());
+    m_cameraView->setObjectName(QStringLiteral("tableView_cameras"));
+    layout->addWidget(m_cameraView);
+    m_cameraPower = new QPushButton(tr("&Power-cycle the selected cameras"));
+    m_cameraPower->setObjectName(QStringLiteral("pushButton_powerCycleCameras"));
+    m_cameraPower->setStatusTip(tr("Take power off the selected cameras and give it back"));
+    m_cameraPower->setEnabled(false);
+    connect(m_cameraPower, &QPushButton::clicked, this, &SystemView::powerCycleSelectedCameras);
+    connect(m_cameraView->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            [this] { m_cameraPower->setEnabled(m_cameraView->selectionModel()->hasSelection()); });
+    layout->addLayout(rightAligned(m_cameraPower));
+    return group;
+}
+
+void SystemView::refresh()
+{
+    m_controllers->refresh();
+    m_cameras->refresh();
+}
+
+void SystemView::powerCycleSelectedCameras()
+{
+    for (const QModelIndex& row : m_cameraView->selectionModel()->selectedRows())
+        m_system.powerCycleCamera(row.row());
+}

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "devicetables.h"
+
+#include <QTimer>
+#include <QWidget>
+
+class QPushButton;
+class QTableView;
+
+/// The simulated equipment as it really is, beside what the frontend believes: every controller and
+/// camera with its versions and what it is doing, and the hands that are laid on it.
+class SystemView : public QWidget
+{
+    Q_OBJECT
+
+public:
+    /// @param system must outlive the view
+    explicit SystemView(SimulatedSystem& system, QWidget* parent = nullptr);
+
+private:
+    QWidget* makeControllers();
+    QWidget* makeCameras();
+    void refresh();
+    void powerCycleSelectedCameras();
+
+    SimulatedSystem& m_system;
+    DeviceTable<ControllerState>* m_controllers;
+    DeviceTable<CameraState>* m_cameras;
+    QTableView* m_cameraView = nullptr;
+    QPushButton* m_cameraPower = nullptr;
+    QTimer m_refresh;
+};

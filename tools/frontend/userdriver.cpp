@@ -1,0 +1,346 @@
+#include "userdriver.h"
+
+#include "logview.h"
+#include "mainwindow.h"
+#include "narrator.h"
+#include "screenshots.h"
+#include "watchdog.h"
+#include "windowtexts.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QMenuBar>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QTableView>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int tickMs = 50;
+// Longer than the delays after which a module opens a window by itself.
+constexpr int ownWindowsMs = 1500;
+
+const QLatin1String updateDialogName("ZanUpdateModule2GSettingsdlgClass");
+
+QAction* moduleAction(const MainWindow& window, const QString& text)
+{
+    for (QAction* menu : window.menuBar()->actions()) {
+        for (QAction* action : menu->menu()->actions()) {
+            if (action->text() == text)
+                return action;
+        }
+    }
+    return nullptr;
+}
+
+QString labelText(const QWidget& window, const char* name)
+{
+    const auto* label = window.findChild<QLabel*>(QLatin1String(name));
+    return label ? label->text() : QString();
+}
+
+} // namespace
+
+/// What is pressed in a message box that shows a certain text.
+struct UserDriver::BoxRule
+{
+    QString textPart;
+    QMessageBox::StandardButton button;
+    QString pictureName;
+    bool isRefusal = false;
+    bool restartsByHand = false; ///< the text asks for a restart that no command brings about
+};
+
+struct UserDriver::WindowRule
+{
+    std::function<bool(const QWidget&)> matches;
+    Act act;
+    QString pictureName;
+};
+
+const QVector<UserDriver::BoxRule>& UserDriver::boxRules()
+{
+    static const QVector<BoxRule> rules = {
+        {"Do you really want to update?", QMessageBox::Yes, "confirm-update"},
+        {"Don't stop the update process", QMessageBox::Ok, "do-not-stop"},
+        {"Do you want to restart", QMessageBox::Yes, "restart"},
+        {"Do you want to shut down", QMessageBox::Yes, "shut-down"},
+        {"VORNIX3 will be closed now", QMessageBox::Ok, "restart-by-hand", false, true},
+        {"not possible due to", QMessageBox::Ok, "not-possible", true},
+        {"pdate failed", QMessageBox::Ok, "update-failed", true},
+        {"Nothing was updated", QMessageBox::Ok, "nothing-updated", true},
+        {"fallback IP address", QMessageBox::Ok, "fallback-address"},
+        {"must be restarted manually", QMessageBox::Ok, "power-off-cameras"},
+        {"To start the update process later", QMessageBox::Ok, "update-later"},
+        {"", QMessageBox::NoButton, "message"},
+    };
+    return rules;
+}
+
+const QVector<UserDriver::WindowRule>& UserDriver::windowRules()
+{
+    const auto isNamed = [](const QString& name) {
+        return [name](const QWidget& window) {
+            return window.objectName() == name;
+        };
+    };
+    static const QVector<WindowRule> rules = {
+        {[](const QWidget& window) { return qobject_cast<const QMessageBox*>(&window) != nullptr; },
+         &UserDriver::answerBox, QString()},
+        {isNamed(updateDialogName), &UserDriver::useUpdateDialog, "update-dialog"},
+        {isNamed("NewFeatureDialog"), &UserDriver::readNotes, "new-features"},
+        {isNamed("SearchHardwareDlgClass"), &UserDriver::lookOn, "search-hardware"},
+        {isNamed("mainWindow"), &UserDriver::useMainWindow, "frontend"},
+        {[](const QWidget&) { return true; }, &UserDriver::closeUnknown, "window"},
+    };
+    return rules;
+}
+
+const UserDriver::WindowRule& UserDriver::ruleFor(const QWidget& window)
+{
+    return *std::find_if(windowRules().begin(), windowRules().end(),
+                         [&](const WindowRule& rule) { return rule.matches(window); });
+}
+
+UserDriver::UserDriver(MainWindow& window, Narrator& narrator, Screenshots& screenshots,
+                       Watchdog& watchdog)
+    : m_window(window), m_narrator(narrator), m_screenshots(screenshots), m_watchdog(watchdog)
+{
+    connect(&window.log(), &LogView::added, this, &UserDriver::takeLogLine);
+    connect(&m_timer, &QTimer::timeout, this, [this] {
+        // Not from the timer itself, which does not fire again before its slot has returned, and
+        // that is after windows that a button of this one opens.
+        QMetaObject::invokeMethod(this, &UserDriver::tick, Qt::QueuedConnection);
+    });
+    m_timer.start(tickMs);
+}
+
+void UserDriver::tick()
+{
+    followRun();
+    QWidget* dialog = QApplication::activeModalWidget();
+    visit(dialog ? dialog : &m_window);
+}
+
+void UserDriver::visit(QWidget* window)
+{
+    if (m_busy.contains(window) || !window->isVisible() || m_isLeaving)
+        return;
+    const WindowRule& rule = ruleFor(*window);
+    int& visits = m_visits[window];
+    if (visits == 0 && window != &m_window) {
+        m_idle.invalidate();
+        if (auto* dialog = qobject_cast<QDialog*>(window))
+            connect(dialog, &QDialog::finished, this, [this, window] { forget(window); });
+        if (!qobject_cast<QMessageBox*>(window))
+            present(*window, rule.pictureName);
+    }
+    const int number = ++visits;
+    m_busy.insert(window);
+    (this->*rule.act)(*window, number);
+    m_busy.remove(window);
+}
+
+// It may be opened again, and another one may get its address.
+void UserDriver::forget(QWidget* window)
+{
+    m_visits.remove(window);
+    disconnect(window, nullptr, this, nullptr);
+}
+
+void UserDriver::present(QWidget& window, const QString& pictureName)
+{
+    const QString title = window.windowTitle();
+    m_watchdog.feed(title);
+    m_narrator.tell(QStringLiteral("window"), title);
+    for (const QString& line : windowTexts(window))
+        m_narrator.tell(QString(), line);
+    picture(window, pictureName);
+}
+
+void UserDriver::picture(QWidget& window, const QString& name)
+{
+    QString error;
+    const QString file = m_screenshots.save(window, name, &error);
+    if (!file.isEmpty())
+        m_narrator.tell(QStringLiteral("picture"), file);
+    if (!error.isEmpty())
+        m_narrator.tell(QStringLiteral("error"), error);
+}
+
+void UserDriver::press(QPushButton* button)
+{
+    m_narrator.tell(QStringLiteral("press"), QString(button->text()).remove(QLatin1Char('&')));
+    button->click();
+}
+
+void UserDriver::trigger(QAction* action)
+{
+    m_narrator.tell(QStringLiteral("menu"), QString(action->text()).remove(QLatin1Char('&')));
+    action->trigger();
+}
+
+// Tells of the progress at each new step and every tenth.
+void UserDriver::followRun()
+{
+    const auto windows = QApplication::topLevelWidgets();
+    const auto dialog = std::find_if(windows.begin(), windows.end(), [this](QWidget* window) {
+        return window->objectName() == updateDialogName && m_busy.contains(window);
+    });
+    if (dialog == windows.end())
+        return;
+    const int percent = (*dialog)->findChild<QProgressBar*>()->value();
+    const QString what = labelText(**dialog, "label_what");
+    const QString message = labelText(**dialog, "label_msg");
+    const QString state = what + message + QString::number(percent);
+    if (state == m_runState)
+        return;
+    m_runState = state;
+    m_watchdog.feed((*dialog)->windowTitle());
+
+    const QString step = what + QString::number(percent / 10);
+    if (step == m_runTold || what.isEmpty())
+        return;
+    m_runTold = step;
+    m_narrator.tell(QStringLiteral("progress"),
+                    QStringLiteral("%1 %2 % %3").arg(what).arg(percent, 3).arg(message));
+    if (percent >= 40 && !m_hasPictureOfRun) {
+        m_hasPictureOfRun = true;
+        picture(**dialog, QStringLiteral("update-running"));
+    }
+}
+
+void UserDriver::takeLogLine(const QString& sender, const QString& text)
+{
+    m_narrator.tell(QStringLiteral("log"), QStringLiteral("%1: %2").arg(sender, text));
+    m_watchdog.feed(QStringLiteral("log"));
+    for (const char* part : {"unsuccessful", "is incompatible"}) {
+        if (text.contains(QLatin1String(part)))
+            m_refusals += text;
+    }
+}
+
+// ---- What is done with each window
+
+void UserDriver::answerBox(QWidget& window, int /*visit*/)
+{
+    auto& box = static_cast<QMessageBox&>(window);
+    const QString text = box.text() + QLatin1Char('\n') + box.informativeText();
+    const BoxRule& rule =
+        *std::find_if(boxRules().begin(), boxRules().end(),
+                      [&](const BoxRule& it) { return text.contains(it.textPart); });
+    present(box, rule.pictureName);
+    if (rule.isRefusal)
+        m_refusals += box.text().simplified();
+    if (rule.restartsByHand)
+        press(m_window.findChild<QPushButton*>("pushButton_powerCycleControllers"));
+
+    auto* button = qobject_cast<QPushButton*>(box.button(rule.button));
+    if (!button)
+        button = box.defaultButton();
+    if (!button)
+        button = qobject_cast<QPushButton*>(box.buttons().constFirst());
+    press(button);
+}
+
+void UserDriver::useUpdateDialog(QWidget& window, int visit)
+{
+    m_hasSeenUpdateDialog = true;
+    auto* update = window.findChild<QPushButton*>("pushButton_update");
+    auto* exit = window.findChild<QPushButton*>("pushButton_exit");
+    if (update->isEnabled() && !m_hasTriedUpdate) {
+        m_hasTriedUpdate = true;
+        press(update);
+        return;
+    }
+    if (visit > 1)
+        present(window, QStringLiteral("update-dialog-afterwards"));
+    press(exit);
+}
+
+void UserDriver::readNotes(QWidget& window, int visit)
+{
+    auto* more = window.findChild<QPushButton*>("pushButton_show_more");
+    if (visit == 1 && more->isEnabled()) {
+        press(more);
+        return;
+    }
+    picture(window, QStringLiteral("new-features-all"));
+    press(window.findChild<QPushButton*>("pushButton_exit"));
+}
+
+void UserDriver::lookOn(QWidget& /*window*/, int /*visit*/) {}
+
+void UserDriver::closeUnknown(QWidget& window, int /*visit*/)
+{
+    m_narrator.tell(QStringLiteral("close"), window.windowTitle());
+    window.close();
+}
+
+// Without a window in front the user looks at the frontend itself.
+void UserDriver::useMainWindow(QWidget& window, int /*visit*/)
+{
+    if (waitForControllers()) {
+        m_idle.invalidate();
+        return;
+    }
+    if (!m_idle.isValid()) {
+        m_idle.start();
+        return;
+    }
+    if (m_idle.elapsed() < ownWindowsMs || openUpdateDialog() || powerCycleCameras())
+        return;
+    present(window, QStringLiteral("frontend"));
+    m_isLeaving = true;
+    trigger(m_window.findChild<QAction*>("actionQuit"));
+}
+
+bool UserDriver::waitForControllers()
+{
+    const auto* page = m_window.findChild<QWidget*>("waitingPage");
+    if (!page->isVisible())
+        return false;
+    if (!m_hasPictureOfWaiting) {
+        m_hasPictureOfWaiting = true;
+        present(m_window, QStringLiteral("waiting"));
+    }
+    auto* power = page->findChild<QPushButton*>("pushButton_power");
+    if (power->isVisible())
+        press(power);
+    return true;
+}
+
+bool UserDriver::openUpdateDialog()
+{
+    QAction* action = moduleAction(m_window, QStringLiteral("&Controller and Camera Update"));
+    if (!action)
+        action = moduleAction(m_window, QStringLiteral("Wh&at's New?"));
+    if (m_hasSeenUpdateDialog || !action || !action->isEnabled())
+        return false;
+    m_hasSeenUpdateDialog = true;
+    trigger(action);
+    return true;
+}
+
+bool UserDriver::powerCycleCameras()
+{
+    auto* view = m_window.findChild<QTableView*>("tableView_cameras");
+    if (!view)
+        return false;
+    bool isWaiting = false;
+    for (int row = 0; row < view->model()->rowCount(); ++row) {
+        for (int column = 0; column < view->model()->columnCount(); ++column)
+            isWaiting = isWaiting || view->model()
+                                         ->index(row, column)
+                                         .data()
+                                         .toString()
+                                         .contains(QLatin1String("waits for the power cycle"));
+    }
+    if (!isWaiting)
+        return false;
+    view->selectAll();
+    press(m_window.findChild<QPushButton*>("pushButton_powerCycleCameras"));
+    return true;
+}

@@ -1,0 +1,81 @@
+#pragma once
+
+#include <QElapsedTimer>
+#include <QHash>
+#include <QMessageBox>
+#include <QObject>
+#include <QSet>
+#include <QTimer>
+
+class MainWindow;
+class Narrator;
+class QPushButton;
+class Screenshots;
+class Watchdog;
+
+/// Plays the user: looks at the window on top, reads it out, takes its picture and does what a user
+/// would do there who wants all updates. Works on the widgets alone.
+///
+/// What it does with which window stands in two lists of rules, one for message boxes and one for
+/// other windows.
+class UserDriver : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// All must outlive the driver, which begins as soon as events are served.
+    UserDriver(MainWindow& window, Narrator& narrator, Screenshots& screenshots,
+               Watchdog& watchdog);
+
+    /// The texts with which something was refused.
+    const QStringList& refusals() const { return m_refusals; }
+
+private:
+    struct BoxRule;
+    struct WindowRule;
+    /// What is done with a window at its @p visit, from 1; visits go on while it is on top.
+    using Act = void (UserDriver::*)(QWidget& window, int visit);
+
+    static const QVector<BoxRule>& boxRules();
+    static const QVector<WindowRule>& windowRules();
+    static const WindowRule& ruleFor(const QWidget& window);
+
+    void tick();
+    void visit(QWidget* window);
+    void forget(QWidget* window);
+    void present(QWidget& window, const QString& pictureName);
+    void picture(QWidget& window, const QString& name);
+    void press(QPushButton* button);
+    void trigger(QAction* action);
+    void followRun();
+    void takeLogLine(const QString& sender, const QString& text);
+
+    void answerBox(QWidget& window, int visit);
+    void useUpdateDialog(QWidget& window, int visit);
+    void readNotes(QWidget& window, int visit);
+    void lookOn(QWidget& window, int visit);
+    void closeUnknown(QWidget& window, int visit);
+    void useMainWindow(QWidget& window, int visit);
+
+    bool waitForControllers();
+    bool openUpdateDialog();
+    bool powerCycleCameras();
+
+    MainWindow& m_window;
+    Narrator& m_narrator;
+    Screenshots& m_screenshots;
+    Watchdog& m_watchdog;
+    QTimer m_timer;
+    QHash<QWidget*, int> m_visits;
+    QSet<QWidget*> m_busy;
+    QStringList m_refusals;
+    QElapsedTimer m_idle;
+
+    bool m_hasTriedUpdate = false;
+    bool m_hasSeenUpdateDialog = false;
+    bool m_hasPictureOfRun = false;
+    bool m_hasPictureOfWaiting = false;
+    bool m_isLeaving = false;
+    QString m_runState;
+    QString m_runTold;
+};

@@ -1,0 +1,95 @@
+#include "windowtexts.h"
+
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTableView>
+#include <QTextDocumentFragment>
+#include <QTextEdit>
+
+static constexpr int PAGE_LINES = 8;
+
+static QStringList plainLines(const QString& text)
+{
+    const QString plain =
+        Qt::mightBeRichText(text) ? QTextDocumentFragment::fromHtml(text).toPlainText() : text;
+    QStringList lines;
+    for (const QString& line : plain.split(QLatin1Char('\n')))
+        lines += line.trimmed();
+    lines.removeAll(QString());
+    return lines;
+}
+
+// The widgets of a class that the user sees in this window, those of windows in front of it left
+// out.
+template <typename Widget>
+static QList<Widget*> visibleIn(const QWidget& window)
+{
+    QList<Widget*> found;
+    for (Widget* widget : window.findChildren<Widget*>()) {
+        if (widget->isVisible() && widget->window() == &window)
+            found += widget;
+    }
+    return found;
+}
+
+static QString rowText(const QAbstractItemModel& model, int row)
+{
+    QStringList cells;
+    for (int column = 0; column < model.columnCount(); ++column) {
+        const QModelIndex cell = model.index(row, column);
+        const QVariant check = cell.data(Qt::CheckStateRole);
+        if (check.isValid())
+            cells += check.toInt() == Qt::Checked ? QStringLiteral("[x]") : QStringLiteral("[ ]");
+        else if (!cell.data().toString().isEmpty())
+            cells += cell.data().toString();
+    }
+    return cells.join(QStringLiteral(" | "));
+}
+
+static QStringList rowTexts(const QTableView& view)
+{
+    QStringList rows;
+    for (int row = 0; row < view.model()->rowCount(); ++row)
+        rows += rowText(*view.model(), row);
+    return rows;
+}
+
+static QStringList beginningOf(const QTextEdit& page)
+{
+    QStringList lines = plainLines(page.toPlainText());
+    const int more = lines.size() - PAGE_LINES;
+    if (more > 0)
+        lines = lines.mid(0, PAGE_LINES) << QStringLiteral("... (%1 more lines)").arg(more);
+    return lines;
+}
+
+static QStringList buttonTexts(const QWidget& window)
+{
+    QStringList texts;
+    for (const QPushButton* button : visibleIn<QPushButton>(window)) {
+        const QString text = QString(button->text()).remove(QLatin1Char('&'));
+        texts += QStringLiteral("[%1]%2").arg(text, button->isEnabled() ? QString()
+                                                                        : QStringLiteral(" (off)"));
+    }
+    return texts;
+}
+
+QStringList windowTexts(const QWidget& window)
+{
+    QStringList lines;
+    if (const auto* box = qobject_cast<const QMessageBox*>(&window)) {
+        lines += plainLines(box->text());
+        lines += plainLines(box->informativeText());
+    } else {
+        for (const QLabel* label : visibleIn<QLabel>(window))
+            lines += plainLines(label->text());
+        for (const QTableView* view : visibleIn<QTableView>(window))
+            lines += rowTexts(*view);
+        for (const QTextEdit* page : visibleIn<QTextEdit>(window))
+            lines += beginningOf(*page);
+    }
+    lines += buttonTexts(window).join(QLatin1Char(' '));
+    lines.removeAll(QString());
+    return lines;
+}
