@@ -21,7 +21,7 @@ struct ExpectedBox
     /// first button that accepts, for a QMessageBox object NoButton.
     QMessageBox::StandardButton defaultButton = QMessageBox::Ok;
 
-    /// The button to press; NoButton closes the box as Escape does.
+    /// The button to press; NoButton presses Escape.
     QMessageBox::StandardButton press = QMessageBox::Ok;
     /// Looks at the box before the button is pressed; may act, and fail the test.
     std::function<void(QMessageBox&)> inspect;
