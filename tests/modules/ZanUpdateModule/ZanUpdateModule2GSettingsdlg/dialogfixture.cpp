@@ -5,10 +5,13 @@
 #include <ZanDisplay.h>
 #include <camupdatedata.h>
 #include <imagewriter.h>
+#include <privateaccess.h>
 
 #include <QApplication>
 #include <QDir>
 #include <QTimer>
+
+ZAN_EXPOSE(hasCameraRow, &ZanModuleServer::bWithCameraUpdate);
 
 // The dialog looks its home up once, at construction.
 static QString moveHome(const FixtureFolder& files)
@@ -87,6 +90,7 @@ ZanDisplay* DialogFixture::addCameraRow(const CameraUpdateFile& file)
     auto* row = new ZanDisplay(data, 0, QStringLiteral("0x0a01"), QStringLiteral("C100"),
                                QStringLiteral("Camera"), VersionInfo(1, 0, 0), false);
     inventory()->listZanDisplay.append(row);
+    hasCameraRow(*inventory()) = true;
     return row;
 }
 

@@ -37,6 +37,7 @@ ExpectedBox startNotice(QMessageBox::StandardButton press)
     ExpectedBox box = notice(QMessageBox::Information,
                              QStringLiteral("Don't stop the update process until it is finished!"));
     box.buttons = QMessageBox::Ok | QMessageBox::Cancel;
+    box.defaultButton = QMessageBox::NoButton;
     box.press = press;
     return box;
 }
@@ -62,6 +63,7 @@ ExpectedBox camerasDone()
     box.informativeText =
         QStringLiteral("Please power off all updated cameras by disconnecting or turn off any "
                        "connected PoE+ switches.");
+    box.defaultButton = QMessageBox::NoButton;
     return box;
 }
 

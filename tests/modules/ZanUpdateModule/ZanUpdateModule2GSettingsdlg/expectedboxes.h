@@ -18,5 +18,5 @@ ExpectedBox camerasDone();
 /// The end of a run in which a row failed.
 ExpectedBox updateFailed();
 
-/// A box with one Ok button, no default and the title "VORNIX3".
+/// A box of QMessageBox::information() or its like, with one button and the title "VORNIX3".
 ExpectedBox notice(QMessageBox::Icon icon, const QString& text);

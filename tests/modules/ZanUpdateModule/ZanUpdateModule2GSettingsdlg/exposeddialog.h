@@ -19,6 +19,11 @@ ZAN_EXPOSE(indexBlocksMustUpdate, &UpdateDialog::indexBlocksMustUpdate);
 ZAN_EXPOSE(nUpdateRemainingSeconds, &UpdateDialog::nUpdateRemainingSeconds);
 ZAN_EXPOSE(iValProgressBar, &UpdateDialog::iValProgressBar);
 
+// Camera run
+ZAN_EXPOSE(do_cam_update, &UpdateDialog::do_cam_update);
+ZAN_EXPOSE(readCamFileInfo, &UpdateDialog::readCamFileInfo);
+ZAN_EXPOSE(readCameraUpdateInfo, &UpdateDialog::readCameraUpdateInfo);
+
 // Progress
 ZAN_EXPOSE(updateRemainingTimeString, &UpdateDialog::updateRemainingTimeString);
 ZAN_EXPOSE(startProgressTimer, &UpdateDialog::startProgressTimer);

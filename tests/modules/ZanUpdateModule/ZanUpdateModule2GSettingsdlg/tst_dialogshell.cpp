@@ -15,7 +15,6 @@
 #include <QTranslator>
 
 ZAN_EXPOSE(showWhatIsDue, &UpdateDialog::showWhatIsDue);
-ZAN_EXPOSE(bWithCameraUpdate, &ZanModuleServer::bWithCameraUpdate);
 ZAN_EXPOSE(frontendVersion, &NewFeatureDialog::vornix2);
 ZAN_EXPOSE(isTriggeredAtStart, &NewFeatureDialog::m_trigger_at_startup);
 
@@ -410,7 +409,6 @@ void DialogShell::cameraTextWinsOverTheControllers()
         fixture.addRow(fixture.addMaster({}), releaseImage(VersionInfo(3, 1, 0), VersionInfo(1, 0),
                                                            {blockOf(FirmwareBlock)}));
     fixture.addCameraRow(cameraFile({0x0a01}, VersionInfo(1, 1, 0)));
-    bWithCameraUpdate(*fixture.inventory()) = true;
     fixture.table()->setRowCount(1);
     fillTableRow(fixture.dialog, 0, *controllerRow);
 
