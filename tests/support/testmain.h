@@ -6,6 +6,12 @@
 #include <QCoreApplication>
 #include <QtTest>
 
+#include <optional>
+
+#if defined(__SANITIZE_ADDRESS__)
+#include <sanitizer/lsan_interface.h>
+#endif
+
 /// The test class as Qt Test runs it: under the message handler that fails it on warnings.
 template <typename Test>
 class GuardedTest final : public Test
@@ -20,6 +26,16 @@ public:
     }
 };
 
+template <typename Application>
+void startApplication(std::optional<Application>* application, int& argc, char** argv)
+{
+#if defined(__SANITIZE_ADDRESS__)
+    // The platform without a display never frees its screen.
+    const __lsan::ScopedDisabler disabler;
+#endif
+    application->emplace(argc, argv);
+}
+
 /// Runs a test class in a home folder of its own. @return the number of failures
 template <typename Application, typename Test>
 int runTest(int argc, char** argv)
@@ -27,7 +43,8 @@ int runTest(int argc, char** argv)
     const TestEnvironment environment;
     int failures = 0;
     {
-        Application application(argc, argv);
+        std::optional<Application> application;
+        startApplication(&application, argc, argv);
         GuardedTest<Test> test;
         failures = QTest::qExec(&test, argc, argv);
         countWarnings();
