@@ -128,10 +128,15 @@ int openFileCount()
 bool makesApplicationQuit(const std::function<void()>& act)
 {
     static constexpr int NOT_QUIT = 1;
+    // As with the host's main window, which stays when the dialog closes.
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    QTimer giveUp;
+    giveUp.setSingleShot(true);
+    QObject::connect(&giveUp, &QTimer::timeout, [] { QCoreApplication::exit(NOT_QUIT); });
     QTimer::singleShot(0, qApp, [&] {
         act();
         // Late enough that the event loop notices a quit first.
-        QTimer::singleShot(50, qApp, [] { QCoreApplication::exit(NOT_QUIT); });
+        giveUp.start(50);
     });
     return QCoreApplication::exec() != NOT_QUIT;
 }

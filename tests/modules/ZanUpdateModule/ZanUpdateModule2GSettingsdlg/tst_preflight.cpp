@@ -365,9 +365,11 @@ void PreFlight::asksForCamerasAlone()
     addRows(&fixture, rows);
     fixture.addCameraRow(anyCameraFile());
     for (const auto answer : {QMessageBox::No, QMessageBox::Yes}) {
+        m_bShowWarningv2xxv3xx(fixture.dialog) = true;
         RunLog log(&fixture);
         log.expect(cameraConfirmation(answer));
         QCOMPARE(warnInstallNewFirmware(fixture.dialog, fixture.inventory()), int(answer));
+        QVERIFY(!m_bShowWarningv2xxv3xx(fixture.dialog));
         QVERIFY2(log.isDone(), qPrintable(log.missing()));
     }
 }
