@@ -379,7 +379,8 @@ void ZanUpdateModule2GSettingsdlg::on_tableWidget_cellClicked(int row, int col)
 {
     if (col != 0)
         return;
-    ui.pushButton_update->setEnabled(isMinOneUpdateSelected());
+    // A run serves clicks too, and keeps the button disabled to its end.
+    ui.pushButton_update->setEnabled(!m_isRunUnderWay && isMinOneUpdateSelected());
     if (ZanDisplay* display = server()->listZanDisplay.value(row))
         display->setToBeUpdated(ui.tableWidget->item(row, 0)->checkState());
     if (!isCascadeOnlyPartlySelected())
@@ -538,6 +539,7 @@ struct ZanUpdateModule2GSettingsdlg::SelectedVersions
 
 int ZanUpdateModule2GSettingsdlg::warnInstallNewFirmware(ZanModuleServer* srv)
 {
+    m_bShowWarningv2xxv3xx = false;
     SelectedVersions versions;
     for (const ZanDisplay* row : qAsConst(srv->listZanDisplay)) {
         if (row->toBeUpdated() && row->type() != CAMERA_UPDATE)
