@@ -92,6 +92,7 @@ private slots:
 
     void servesEventsAtTicks_data();
     void servesEventsAtTicks();
+    void showsATickBeforeItServesEvents();
     void showsPercentages_data();
     void showsPercentages();
     void estimatesTheRemainingTime_data();
@@ -621,6 +622,23 @@ void ImageStreaming::servesEventsAtTicks()
     QTEST(ticks, "ticks");
 }
 
+void ImageStreaming::showsATickBeforeItServesEvents()
+{
+    Streaming streaming(goodFile());
+    QVector<int> values;
+    const auto postEvent = [&] {
+        QMetaObject::invokeMethod(
+            &streaming.dialog, [&] { values += streaming.bar()->value(); }, Qt::QueuedConnection);
+    };
+    postEvent();
+    streaming.channel.setHook([&](const QString& call) {
+        if (call == QLatin1String(R"(set_value "system update 2 1 BIwA")"))
+            postEvent();
+    });
+    QCOMPARE(streaming.stream(), 0);
+    QCOMPARE(values, (QVector<int>{50, 98}));
+}
+
 void ImageStreaming::showsPercentages_data()
 {
     QTest::addColumn<int>("blocks");
@@ -636,6 +654,8 @@ void ImageStreaming::showsPercentages_data()
     QTest::newRow("fractions are cut") << 3 << 0 << 4 << QVector<int>{8, 33};
     QTest::newRow("fractions are cut in the middle of a run too")
         << 3 << 1 << 4 << QVector<int>{41, 66};
+    QTest::newRow("single precision falls just short of 70") << 6 << 4 << 5 << QVector<int>{69, 83};
+    QTest::newRow("single precision reaches 90") << 9 << 8 << 10 << QVector<int>{90, 98};
     QTest::newRow("less than one is shown as 1") << 200 << 0 << 2 << QVector<int>{1};
     QTest::newRow("a block beyond the count of the run") << 1 << 1 << 2 << QVector<int>{98};
     QTest::newRow("a block in a run that counts none") << 0 << 0 << 1 << QVector<int>{98};
