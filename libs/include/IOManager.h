@@ -33,9 +33,9 @@ public:
     ///                    returns to its event loop first: then the command must not wait
     virtual void prepare_reply(int kind, int timeoutMs, int pollFollows) = 0;
 
-    /// Sends a command and writes the controller's complete reply into @p reply (200 bytes, or 1024
-    /// in the checks before a run). After prepare_reply() the reply may come later: @p reply must
-    /// then stay valid until poll_reply() has returned, and the result of this call does not count.
+    /// Sends a command and writes the controller's complete reply, at most 200 bytes with its NUL,
+    /// into @p reply. After prepare_reply() the reply may come later: @p reply must then stay valid
+    /// until poll_reply() has returned, and the result of this call does not count.
     virtual int send_command(char* reply, const char* format, ...) IOMANAGER_PRINTF(3, 4) = 0;
 
     /// Waits until the prepared reply has arrived or its time has run out.

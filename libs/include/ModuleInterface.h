@@ -5,6 +5,8 @@
 #include <QVariant>
 #include <QtPlugin>
 
+#include <type_traits>
+
 class QAction;
 class QWidget;
 
@@ -30,6 +32,9 @@ struct _GuiElement // NOLINT(bugprone-reserved-identifier): the name is part of 
 };
 using GuiElement = _GuiElement;
 
+static_assert(std::is_standard_layout_v<GuiElement>,
+              "host and plug-in share the layout of GuiElement");
+
 /// What a plug-in module offers to the frontend. All calls come on the user interface thread.
 ///
 /// The host's order: set_param() for every parameter, get_gui_elements(), then
@@ -52,5 +57,8 @@ public:
     /// Takes one named parameter; unknown keys are ignored. docs/host-integration.md lists them.
     virtual void set_param(QString key, QVariant value) = 0;
 };
+
+static_assert(sizeof(ModuleInterface) == sizeof(void*),
+              "ModuleInterface is virtual operations and no data");
 
 Q_DECLARE_INTERFACE(ModuleInterface, ModuleInterface_iid)
