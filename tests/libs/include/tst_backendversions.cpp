@@ -5,6 +5,8 @@
 
 #include <QVariant>
 
+#include <type_traits>
+
 class TestBackendVersions : public QObject
 {
     Q_OBJECT
@@ -32,7 +34,12 @@ void TestBackendVersions::takesItsFieldsInTheirOrder()
 
 void TestBackendVersions::answersByReference()
 {
-    const BackendVersions versions = sample();
+    BackendVersions versions = sample();
+    // References to constants, also of a record that is none itself.
+    static_assert(std::is_same_v<decltype(versions.systemPt()), const VersionInfo&>);
+    static_assert(std::is_same_v<decltype(versions.protocol()), const VersionInfo&>);
+    static_assert(std::is_same_v<decltype(versions.systemCt()), const VersionInfo&>);
+    static_assert(std::is_same_v<decltype(versions.zanModel()), const QString&>);
     const char* start = reinterpret_cast<const char*>(&versions);
     const auto offsetOf = [start](const auto& field) {
         return reinterpret_cast<const char*>(&field) - start;

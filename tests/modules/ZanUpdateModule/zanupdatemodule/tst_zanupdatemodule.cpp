@@ -6,13 +6,18 @@
 #include <modaldriver.h>
 #include <newfeaturedialog.h>
 #include <privateaccess.h>
+#include <vtableindex.h>
 #include <widgettestmain.h>
 #include <zanmoduleserver.h>
 
 #include <QAction>
 #include <QLabel>
 #include <QPushButton>
+#include <QScopeGuard>
 #include <QTextEdit>
+
+#include <array>
+#include <new>
 
 ZAN_EXPOSE(iom, &ZanUpdateModule::iom);
 ZAN_EXPOSE(mod_parent, &ZanUpdateModule::mod_parent);
@@ -33,6 +38,7 @@ class TestZanUpdateModule : public QObject
     Q_OBJECT
 
 private slots:
+    void keepsTheOrderOfItsOperations();
     void startsEmpty();
     void introducesItself();
     void takesItsParameters();
@@ -65,9 +71,25 @@ private slots:
 
 // ---- Construction and parameters
 
+void TestZanUpdateModule::keepsTheOrderOfItsOperations()
+{
+    const int first = vtableIndex(&ZanUpdateModule::get_module_name);
+    QVERIFY(first > vtableIndex(&QObject::eventFilter));
+    QCOMPARE(vtableIndex(&ZanUpdateModule::get_module_version), first + 1);
+    QCOMPARE(vtableIndex(&ZanUpdateModule::get_gui_elements), first + 2);
+    QCOMPARE(vtableIndex(&ZanUpdateModule::set_param), first + 3);
+    QCOMPARE(vtableIndex(&ZanUpdateModule::about_to_exit_module), first + 4);
+    QCOMPARE(vtableIndex(&ZanUpdateModule::exit_module), first + 5);
+}
+
+// In memory that holds other things first, as a host's does.
 void TestZanUpdateModule::startsEmpty()
 {
-    ZanUpdateModule module;
+    alignas(ZanUpdateModule) std::array<char, sizeof(ZanUpdateModule)> memory;
+    memory.fill('\xA5');
+    auto* constructed = new (memory.data()) ZanUpdateModule;
+    const auto destroy = qScopeGuard([constructed] { constructed->~ZanUpdateModule(); });
+    ZanUpdateModule& module = *constructed;
     QVERIFY(!module.parent());
     QVERIFY(!bObserverMode(module));
     QVERIFY(!zanUpdateDlg(module));
