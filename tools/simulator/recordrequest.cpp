@@ -10,9 +10,11 @@ std::optional<int> plainNumber(const QByteArray& word, int minDigits = 1)
 {
     const bool onlyDigits =
         std::all_of(word.begin(), word.end(), [](char byte) { return byte >= '0' && byte <= '9'; });
-    if (!onlyDigits || word.size() < minDigits || word.size() > 9)
+    bool fits = false;
+    const int number = word.toInt(&fits);
+    if (!onlyDigits || !fits || word.size() < minDigits)
         return std::nullopt;
-    return word.toInt();
+    return number;
 }
 
 // The last words of every record: count, number and text, from word @p first on. The text may be

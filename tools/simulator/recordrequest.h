@@ -24,6 +24,6 @@ struct RecordRequest
     static std::optional<RecordRequest> fromCommand(const QByteArray& command);
 };
 
-/// Reads a number that follows a letter, as in "c01" or "h3": digits only, at least @p minDigits
-/// and at most nine of them. @return nullopt for anything else
+/// Reads a number that follows a letter, as in "c01" or "h3": nothing but digits, and no fewer than
+/// @p minDigits. @return nullopt for anything else, or if an int cannot hold it
 std::optional<int> numberBehind(char letter, const QByteArray& word, int minDigits);

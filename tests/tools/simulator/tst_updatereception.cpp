@@ -24,11 +24,14 @@ private slots:
     void earlierBlockStaysStagedWhenALaterOneBreaks();
     void redirectionDropsAnUnfinishedBlock();
     void restartDropsAnUnfinishedBlock();
+    void searchForHardwareDropsAnUnfinishedBlock();
     void measurementIsNotDisturbed();
+    void missingSlaveDoesNotRestart();
     void emptyRecordIsARecord();
     void progressIsShownPerPercent();
     void cameraRunsItAfterThePowerCycleOnly();
     void cameraForgetsImagesBeforeABrokenOne();
+    void powerCycleBreaksAnUnfinishedUpdate();
     void damagedCameraImageIsErrorMinus26();
     void cameraThatIsNotFoundTakesNothing();
     void everyFaultOfARunCanBeRepeatedAway_data();
@@ -37,7 +40,9 @@ private slots:
     void everyFaultOfACameraCanBeRepeatedAway();
     void faultGivesItsReply_data();
     void faultGivesItsReply();
+    void lateAnswerIsOfWorkThatIsDone();
     void comesBackOld();
+    void comesBackOldAfterAShutdown();
     void neverComesBack();
     void slaveThatNeverComesBackIsMissing();
     void cameraThatNeverComesBackIsNotFound();
@@ -183,6 +188,31 @@ void UpdateReceptionTest::restartDropsAnUnfinishedBlock()
     QCOMPARE(equipment.controller(0).recordsExpected, 0);
 }
 
+void UpdateReceptionTest::searchForHardwareDropsAnUnfinishedBlock()
+{
+    Equipment equipment(QStringLiteral("single"));
+    equipment.set("system update 3 1 AAAA");
+    equipment.command("vornix2 reinit");
+    QVERIFY(!equipment.set("system update 3 2 AAAA").ok);
+}
+
+void UpdateReceptionTest::missingSlaveDoesNotRestart()
+{
+    Equipment equipment(QStringLiteral("cascade"));
+    equipment.set("system redirect_update 192.168.7.21");
+    equipment.send("system update", trackingSoftware(pt32));
+    Fault fault;
+    fault.mode = FaultMode::NeverComeBack;
+    fault.device = QStringLiteral("zan-left");
+    equipment.system.faults().add(fault);
+    equipment.command("vornix2 system reboot");
+    equipment.bringUp();
+    QCOMPARE(equipment.controller(1).pt, QStringLiteral("v3.1.0 2025-03-14"));
+    equipment.system.powerCycle();
+    equipment.bringUp();
+    QCOMPARE(equipment.controller(1).pt, QStringLiteral("v3.2.0 2025-06-15"));
+}
+
 void UpdateReceptionTest::measurementIsNotDisturbed()
 {
     Equipment equipment(QStringLiteral("controllers-and-cameras"));
@@ -237,6 +267,17 @@ void UpdateReceptionTest::cameraForgetsImagesBeforeABrokenOne()
     QCOMPARE(equipment.system.cameras().at(0).stagedVersion, QStringLiteral("v1.4.0"));
     equipment.command("vornix2 set camera update c01 3 2 AAAA");
     QCOMPARE(equipment.system.cameras().at(0).stagedVersion, QString());
+}
+
+void UpdateReceptionTest::powerCycleBreaksAnUnfinishedUpdate()
+{
+    Equipment equipment(QStringLiteral("cameras"));
+    equipment.sendToCamera("c01", cameraFirmware({1, 4, 0}));
+    equipment.command("vornix2 set camera update c01 3 1 AAAA");
+    equipment.system.powerCycleCamera(1);
+    QVERIFY(isTaken(equipment.command("vornix2 set camera update c01 3 2 AAAA")));
+    equipment.system.powerCycleCamera(0);
+    QCOMPARE(equipment.system.cameras().at(0).version, QStringLiteral("v1.3.0"));
 }
 
 void UpdateReceptionTest::damagedCameraImageIsErrorMinus26()
@@ -353,6 +394,16 @@ void UpdateReceptionTest::faultGivesItsReply()
     QCOMPARE(equipment.system.isReachable(), mode != FaultMode::LosePower);
 }
 
+void UpdateReceptionTest::lateAnswerIsOfWorkThatIsDone()
+{
+    Equipment equipment(QStringLiteral("single"));
+    arm(&equipment, FaultMode::AnswerLate);
+    const Reply reply = equipment.send("system update", trackingSoftware(pt32));
+    QVERIFY(reply.ok);
+    QVERIFY(reply.deviceMs > 120000);
+    QCOMPARE(equipment.controller(0).stagedPt, QStringLiteral("v3.2.0 2025-06-15"));
+}
+
 void UpdateReceptionTest::comesBackOld()
 {
     Equipment equipment(QStringLiteral("cascade"));
@@ -369,6 +420,16 @@ void UpdateReceptionTest::comesBackOld()
     QCOMPARE(equipment.controller(0).pt, QStringLiteral("v3.3.0 2025-06-15"));
     QCOMPARE(equipment.controller(1).pt, QStringLiteral("v3.1.0 2025-03-14"));
     QCOMPARE(equipment.controller(2).pt, QStringLiteral("v3.3.0 2025-06-15"));
+}
+
+void UpdateReceptionTest::comesBackOldAfterAShutdown()
+{
+    Equipment equipment(QStringLiteral("single"));
+    arm(&equipment, FaultMode::ComeBackOld);
+    equipment.send("system update", trackingSoftware(pt32));
+    equipment.command("vornix2 system shutdown");
+    equipment.bringUp();
+    QCOMPARE(equipment.controller(0).pt, QStringLiteral("v3.1.0 2025-03-14"));
 }
 
 void UpdateReceptionTest::neverComesBack()
