@@ -1,6 +1,6 @@
 #include "logview.h"
 
-#include <QFontDatabase>
+#include <QFont>
 
 static constexpr int MAX_LINES = 20000;
 static constexpr int SENDER_WIDTH = 10;
@@ -13,7 +13,9 @@ LogView::LogView(QWidget* parent) : QPlainTextEdit(parent)
     setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     setMaximumBlockCount(MAX_LINES);
     setTabChangesFocus(true);
-    setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    QFont font(QStringLiteral("monospace"));
+    font.setStyleHint(QFont::Monospace);
+    setFont(font);
 }
 
 void LogView::add(const QString& sender, const QString& text)

@@ -17,6 +17,7 @@
 #include <QScreen>
 #include <QSplitter>
 #include <QStatusBar>
+#include <QStyle>
 #include <QVBoxLayout>
 
 namespace {
@@ -132,7 +133,8 @@ void MainWindow::placeBelowEquipment(QWidget* dialog) const
 {
     const QRect room = screen()->availableGeometry();
     const int below = m_equipment->mapToGlobal(m_equipment->rect().bottomLeft()).y();
-    const int lowest = room.bottom() - dialog->height();
+    const int title = style()->pixelMetric(QStyle::PM_TitleBarHeight);
+    const int lowest = room.bottom() - dialog->height() - title;
     const int left = geometry().center().x() - dialog->width() / 2;
     dialog->move(qMax(room.left(), left), qMax(room.top(), qMin(below, lowest)));
 }

@@ -8,7 +8,7 @@ ModuleInterface* loadModule(const QString& file, QString* error)
     QPluginLoader loader(file);
     QObject* instance = loader.instance();
     if (!instance) {
-        *error = loader.errorString();
+        *error = QStringLiteral("%1: %2").arg(file, loader.errorString());
         return nullptr;
     }
     auto* module = qobject_cast<ModuleInterface*>(instance);

@@ -21,6 +21,8 @@ namespace {
 constexpr int tickMs = 50;
 // Longer than the delays after which a module opens a window by itself.
 constexpr int ownWindowsMs = 1500;
+// For that many visits the update dialog is only looked at: a warning may still come on top of it.
+constexpr int readingVisits = 6;
 
 const QLatin1String updateDialogName("ZanUpdateModule2GSettingsdlgClass");
 
@@ -248,6 +250,8 @@ void UserDriver::answerBox(QWidget& window, int /*visit*/)
 void UserDriver::useUpdateDialog(QWidget& window, int visit)
 {
     m_hasSeenUpdateDialog = true;
+    if (visit < readingVisits)
+        return;
     auto* update = window.findChild<QPushButton*>("pushButton_update");
     auto* exit = window.findChild<QPushButton*>("pushButton_exit");
     if (update->isEnabled() && !m_hasTriedUpdate) {
@@ -255,7 +259,7 @@ void UserDriver::useUpdateDialog(QWidget& window, int visit)
         press(update);
         return;
     }
-    if (visit > 1)
+    if (visit > readingVisits)
         present(window, QStringLiteral("update-dialog-afterwards"));
     press(exit);
 }

@@ -1,0 +1,290 @@
+#include "fakemodule.h"
+
+#include <simulatorfixtures.h>
+
+#include <connectionpanel.h>
+#include <frontend.h>
+#include <logview.h>
+
+#include <fixturefiles.h>
+#include <widgettestmain.h>
+
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QMenu>
+#include <QMenuBar>
+#include <QPushButton>
+
+namespace {
+
+Options optionsFor(const FixtureFolder& folder)
+{
+    Options options;
+    options.stateDir = folder.path("state");
+    options.pluginFile = QStringLiteral(FAKE_MODULE);
+    options.fast = true;
+    return options;
+}
+
+/// A scenario with a restart that a test can wait for.
+Scenario scenarioNamed(const QString& name)
+{
+    Scenario scenario = shippedScenario(name);
+    scenario.timing.bootMs = 300;
+    return scenario;
+}
+
+bool isModuleThere()
+{
+    return FakeModule::calls().contains("get_gui_elements");
+}
+
+/// Runs @p steps inside of the frontend's event loop as soon as the module is there.
+template <typename Steps>
+void runWith(Frontend& frontend, const Steps& steps)
+{
+    FakeModule::forgetCalls();
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, [&] {
+        if (!isModuleThere())
+            return;
+        timer.stop();
+        steps();
+    });
+    timer.start(10);
+    frontend.run();
+}
+
+const QStringList beginning = {"set_param CommandManager: IOManager*",
+                               "set_param ModuleParent: QWidget*",
+                               "set_param BackendVersions: v3.1.0 v1.2 v1.23 ZAN",
+                               "set_param ObserverMode: bool",
+                               "no observer",
+                               "get_gui_elements",
+                               "message of Main_Window: v3.3.0",
+                               "message of Main_Window: DarkThemeDisabled"};
+const QStringList ending = {"about_to_exit_module", "exit_module, the window is there"};
+
+} // namespace
+
+class TestFrontend : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void moduleIsTreatedAsHostsDo();
+    void themeIsToldAtEachChange();
+    void observerIsToldByOptionOrScenario_data();
+    void observerIsToldByOptionOrScenario();
+    void quittingFromADialogKeepsTheOrder();
+    void frontendWaitsForControllersThatRestart();
+    void moduleLeavesAndComesBackWithTheControllers();
+    void shutdownOfTheModuleIsTold();
+    void stateIsKeptAndForgotten();
+    void damagedStateIsSetAside();
+    void whatPreventsTheStartIsTold();
+};
+
+void TestFrontend::moduleIsTreatedAsHostsDo()
+{
+    const FixtureFolder folder;
+    Frontend frontend(scenarioNamed("cascade"), optionsFor(folder));
+    QString error;
+    QVERIFY2(frontend.prepare(&error), qPrintable(error));
+    runWith(frontend, [] { QApplication::quit(); });
+    QCOMPARE(FakeModule::calls(), beginning + ending);
+    // Its last word came through, and nothing is posted to it any more.
+    QVERIFY(frontend.window().log().toPlainText().contains("Fake        leaving"));
+    frontend.window().setDarkTheme(true);
+    frontend.window().setDarkTheme(false);
+    QCOMPARE(FakeModule::calls(), beginning + ending);
+}
+
+void TestFrontend::themeIsToldAtEachChange()
+{
+    const FixtureFolder folder;
+    Options options = optionsFor(folder);
+    options.dark = true;
+    Frontend frontend(scenarioNamed("cascade"), options);
+    QString error;
+    QVERIFY(frontend.prepare(&error));
+    runWith(frontend, [&] {
+        frontend.window().setDarkTheme(false);
+        frontend.window().setDarkTheme(true);
+        frontend.window().setDarkTheme(false);
+        QApplication::quit();
+    });
+    QCOMPARE(FakeModule::calls().filter("Theme"),
+             (QStringList{"message of Main_Window: DarkThemeEnabled",
+                          "message of Main_Window: DarkThemeDisabled",
+                          "message of Main_Window: DarkThemeEnabled",
+                          "message of Main_Window: DarkThemeDisabled"}));
+}
+
+void TestFrontend::observerIsToldByOptionOrScenario_data()
+{
+    QTest::addColumn<QString>("scenario");
+    QTest::addColumn<bool>("option");
+    QTest::addColumn<bool>("observer");
+    QTest::newRow("neither") << "cascade" << false << false;
+    QTest::newRow("the option") << "cascade" << true << true;
+    QTest::newRow("the scenario") << "observer" << false << true;
+}
+
+void TestFrontend::observerIsToldByOptionOrScenario()
+{
+    QFETCH(const QString, scenario);
+    QFETCH(const bool, option);
+    const FixtureFolder folder;
+    Options options = optionsFor(folder);
+    options.observer = option;
+    Frontend frontend(scenarioNamed(scenario), options);
+    QString error;
+    QVERIFY(frontend.prepare(&error));
+    runWith(frontend, [] { QApplication::quit(); });
+    QTEST(FakeModule::calls().contains("observer"), "observer");
+}
+
+void TestFrontend::quittingFromADialogKeepsTheOrder()
+{
+    const FixtureFolder folder;
+    Frontend frontend(scenarioNamed("cascade"), optionsFor(folder));
+    QString error;
+    QVERIFY(frontend.prepare(&error));
+    bool wasOpen = false;
+    runWith(frontend, [&] {
+        auto* dialog = frontend.window().findChild<QDialog*>("fakeDialog");
+        QTimer::singleShot(0, dialog, [&, dialog] {
+            wasOpen = dialog->isVisible();
+            QApplication::quit();
+        });
+        dialog->exec();
+    });
+    QVERIFY(wasOpen);
+    QCOMPARE(FakeModule::calls(), beginning + ending);
+}
+
+void TestFrontend::frontendWaitsForControllersThatRestart()
+{
+    const FixtureFolder folder;
+    Scenario scenario = scenarioNamed("cascade");
+    scenario.timing.bootMs = 2500;
+    {
+        SimulatedSystem before(scenario);
+        QString error;
+        QVERIFY(before.loadState(folder.path("state/system.json"), &error));
+        before.restart();
+    }
+    Frontend frontend(scenario, optionsFor(folder));
+    QString error;
+    QVERIFY(frontend.prepare(&error));
+    bool hasWaited = false;
+    QTimer::singleShot(0, &frontend, [&] {
+        hasWaited =
+            frontend.window().findChild<QWidget*>("waitingPage")->isVisible() && !isModuleThere();
+    });
+    runWith(frontend, [&] {
+        QVERIFY(!frontend.window().findChild<QWidget*>("waitingPage")->isVisible());
+        QApplication::quit();
+    });
+    QVERIFY(hasWaited);
+}
+
+void TestFrontend::moduleLeavesAndComesBackWithTheControllers()
+{
+    const FixtureFolder folder;
+    Frontend frontend(scenarioNamed("cascade"), optionsFor(folder));
+    QString error;
+    QVERIFY(frontend.prepare(&error));
+    QTimer timer;
+    connect(&timer, &QTimer::timeout, &frontend, [&] {
+        if (FakeModule::calls().count("get_gui_elements") == 2)
+            QApplication::quit();
+    });
+    timer.start(10);
+    runWith(frontend, [&] {
+        frontend.window().findChild<QPushButton*>("pushButton_powerCycleControllers")->click();
+    });
+    QCOMPARE(FakeModule::calls(), beginning + ending + beginning + ending);
+}
+
+void TestFrontend::shutdownOfTheModuleIsTold()
+{
+    const FixtureFolder folder;
+    Frontend frontend(scenarioNamed("cascade"), optionsFor(folder));
+    QString error;
+    QVERIFY(frontend.prepare(&error));
+    runWith(frontend, [&] {
+        for (QAction* menu : frontend.window().menuBar()->actions()) {
+            for (QAction* action : menu->menu()->actions()) {
+                if (action->text() == "Not while measuring")
+                    action->trigger();
+            }
+        }
+    });
+    QVERIFY(frontend.window().log().toPlainText().contains("the frontend shuts down"));
+}
+
+void TestFrontend::stateIsKeptAndForgotten()
+{
+    const FixtureFolder folder;
+    const QString preferences = Frontend::homeFolder(folder.path("state")) + "/preferences";
+    Options options = optionsFor(folder);
+    QString error;
+    {
+        SimulatedSystem before(scenarioNamed("cameras"));
+        QVERIFY(before.loadState(folder.path("state/system.json"), &error));
+        before.powerCycleCamera(0);
+    }
+    {
+        Frontend frontend(scenarioNamed("cameras"), options);
+        QVERIFY(frontend.prepare(&error));
+        QVERIFY(!frontend.system().cameras().constFirst().found);
+        QFile file(preferences);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+    }
+    options.fresh = true;
+    Frontend frontend(scenarioNamed("cameras"), options);
+    QVERIFY(frontend.prepare(&error));
+    QVERIFY(frontend.system().cameras().constFirst().found);
+    QVERIFY(!QFile::exists(preferences));
+    QVERIFY(QFile::exists(Frontend::homeFolder(options.stateDir)));
+}
+
+void TestFrontend::damagedStateIsSetAside()
+{
+    const FixtureFolder folder;
+    const QString state = folder.write("state/system.json", "{ no state");
+    Frontend frontend(scenarioNamed("cascade"), optionsFor(folder));
+    QString error;
+    QVERIFY(frontend.prepare(&error));
+    QVERIFY(frontend.window().log().toPlainText().contains("The state was set aside: " + state));
+    QVERIFY(QFile::exists(state + ".damaged"));
+}
+
+void TestFrontend::whatPreventsTheStartIsTold()
+{
+    const FixtureFolder folder;
+    Options options = optionsFor(folder);
+    Frontend first(scenarioNamed("cascade"), options);
+    QString error;
+    QVERIFY(first.prepare(&error));
+    Frontend second(scenarioNamed("cascade"), options);
+    QVERIFY(!second.prepare(&error));
+    QCOMPARE(error, options.stateDir + ": another frontend uses this state folder");
+
+    options.stateDir = folder.write("file", "in the way");
+    Frontend third(scenarioNamed("cascade"), options);
+    QVERIFY(!third.prepare(&error));
+    QCOMPARE(error, options.stateDir + ": the state folder cannot be made");
+
+    options.stateDir = folder.path("other");
+    options.pluginFile = "/nowhere/libmodule.so";
+    Frontend fourth(scenarioNamed("cascade"), options);
+    QVERIFY(!fourth.prepare(&error));
+    QVERIFY2(error.contains("/nowhere/libmodule.so"), qPrintable(error));
+}
+
+ZAN_WIDGET_TEST_MAIN(TestFrontend)
+#include "tst_frontend.moc"

@@ -1,0 +1,222 @@
+#include <simulatorfixtures.h>
+
+#include <frontend.h>
+#include <headlessrun.h>
+#include <narrator.h>
+
+#include <fixturefiles.h>
+#include <widgettestmain.h>
+
+#include <QDir>
+#include <QFile>
+
+namespace {
+
+/// What a run tells, without what depends on how fast the machine is.
+QStringList storyOf(const Narrator& narrator)
+{
+    QStringList story;
+    for (const QString& line : narrator.told()) {
+        if (!line.startsWith("progress: "))
+            story += line;
+    }
+    return story;
+}
+
+/// One start of the frontend with the built module, in fast mode.
+struct Start
+{
+    Start(const Scenario& scenario, const FixtureFolder& folder)
+        : options(optionsFor(folder)), frontend(scenario, options)
+    {
+        QString error;
+        if (frontend.prepare(&error))
+            code = runHeadless(frontend, options, narrator);
+        else
+            qFatal("%s", qPrintable(error));
+    }
+
+    static Options optionsFor(const FixtureFolder& folder)
+    {
+        Options options;
+        options.stateDir = folder.path("state");
+        options.pluginFile = QStringLiteral(UPDATE_MODULE);
+        options.headless = true;
+        options.fast = true;
+        return options;
+    }
+
+    Options options;
+    Frontend frontend;
+    Narrator narrator;
+    ExitCode code = StartFailed;
+};
+
+Scenario quickScenario(const QString& name)
+{
+    Scenario scenario = shippedScenario(name);
+    scenario.timing.bootMs = 5000; // long enough for the second start to see it, on any machine
+    return scenario;
+}
+
+QStringList versionsOf(const SimulatedSystem& system)
+{
+    QStringList versions;
+    for (const ControllerState& controller : system.controllers())
+        versions +=
+            QStringList{controller.hostName, controller.pt.section(' ', 0, 0), controller.ct}.join(
+                ' ');
+    return versions;
+}
+
+QByteArray preferences()
+{
+    QFile file(QDir::homePath() +
+               "/.ORV/VORNIX3/modules/zanupdate/v2.0.0/config/zanupdate-preferences.xml");
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+const QString frontendText = "VORNIX3 v3.3.0 - A master and two slaves, all two releases behind";
+
+const QStringList updateDialogText = {
+    "window: Controller and Camera Update",
+    ": The VORNIX3 frontend has detected that the firmware on your Controller is an older version "
+    "than the VORNIX3 version installed on this workstation.",
+    ": Please update your controller.",
+    ": We recommend that you save all VORNIX3 configurations before running this update!",
+    ": (VORNIX3 -> Configurations -> Backup -> Save)"};
+
+} // namespace
+
+/// The whole job with the built module, from start-up to the restart and the second start.
+class TestUpdateRoad : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void cascadeIsBroughtUpToDate();
+    void everyEndIsTold_data();
+    void everyEndIsTold();
+};
+
+void TestUpdateRoad::cascadeIsBroughtUpToDate()
+{
+    const FixtureFolder folder;
+    const Scenario scenario = quickScenario("cascade");
+    {
+        const Start first(scenario, folder);
+        QCOMPARE(storyOf(first.narrator),
+                 (QStringList{"log: Frontend: Simulated system: A master and two slaves, all two "
+                              "releases behind",
+                              "log: Frontend: Connected to 192.168.7.20",
+                              "log: Frontend: Module loaded: GUI Controller Update v2.0.0"} +
+                  updateDialogText +
+                  QStringList{": [x] | Firmware update (zan-master) | v3.1.0 | v3.2.0 | yes | yes",
+                              ": [x] | Firmware update (zan-left) | v3.1.0 | v3.2.0 | yes | yes",
+                              ": [x] | Firmware update (zan-right) | v3.1.0 | v3.2.0 | yes | yes",
+                              ": [x] | Firmware update (zan-master) | v3.2.0 | v3.3.0 | yes | yes",
+                              ": [x] | Firmware update (zan-left) | v3.2.0 | v3.3.0 | yes | yes",
+                              ": [x] | Firmware update (zan-right) | v3.2.0 | v3.3.0 | yes | yes",
+                              ": [Update] [Exit]",
+                              "press: Update",
+                              "window: VORNIX3",
+                              ": This action will install new firmware to your Controller.",
+                              ": Do you really want to update?",
+                              ": [Yes] [No]",
+                              "press: Yes",
+                              "window: VORNIX3",
+                              ": Don't stop the update process until it is finished!",
+                              ": [OK] [Cancel]",
+                              "press: OK",
+                              "window: VORNIX3",
+                              ": The Controller is updated successfully and must be restarted.",
+                              ": Do you want to restart the Controller now?",
+                              ": (This restart may take a few minutes. Do not switch off the "
+                              "Controller during restart.)",
+                              ": If yes VORNIX3 will be closed",
+                              ": [Yes] [No]",
+                              "press: Yes",
+                              "log: Frontend: The module has ended its work; the frontend shuts "
+                              "down.",
+                              "result: The controllers restart. Start again to see what became of "
+                              "it."}));
+        QCOMPARE(first.code, StartAgain);
+        // Nothing runs before the restart has ended.
+        QCOMPARE(versionsOf(first.frontend.system()),
+                 (QStringList{"zan-master v3.1.0 v1.2", "zan-left v3.1.0 v1.2",
+                              "zan-right v3.1.0 v1.2"}));
+        QVERIFY(!first.frontend.system().isReachable());
+    }
+    QVERIFY(preferences().contains("SHOW_AT_START=\"true\""));
+
+    const Start second(scenario, folder);
+    const QStringList story = storyOf(second.narrator);
+    QCOMPARE(story.mid(0, 2),
+             (QStringList{"log: Frontend: Simulated system: A master and two slaves, all two "
+                          "releases behind",
+                          "window: " + frontendText}));
+    QCOMPARE(story.at(2), QString(": Waiting for the controllers to come back..."));
+    QVERIFY(story.contains(": zan-left | Slave | 192.168.7.21 | ZAN C2 | 732 | v3.1.0 | v1.2 | "
+                           "Pt v3.3.0, Ct v1.4 | Restarting"));
+    const int notes = story.indexOf("window: New Features");
+    QVERIFY(notes > story.indexOf("log: Frontend: Connected to 192.168.7.20"));
+    QCOMPARE(story.at(notes + 1), QString(": VORNIX3 v3.3.0"));
+    QVERIFY(story.indexOf("press: Show more") > notes);
+    const int dialog = story.indexOf("menu: Controller and Camera Update");
+    QVERIFY(dialog > notes);
+    QCOMPARE(
+        story.mid(dialog, 7),
+        (QStringList{"menu: Controller and Camera Update", "window: Controller and Camera Update",
+                     ": Controller(s) and cameras are up to date",
+                     ": We recommend that you save all VORNIX3 configurations before running "
+                     "this update!",
+                     ": (VORNIX3 -> Configurations -> Backup -> Save)", ": [Update] (off) [Exit]",
+                     "press: Exit"}));
+    QCOMPARE(story.constLast(),
+             QString("result: All controllers and cameras run the newest versions."));
+    QCOMPARE(second.code, Success);
+    QCOMPARE(
+        versionsOf(second.frontend.system()),
+        (QStringList{"zan-master v3.3.0 v1.4", "zan-left v3.3.0 v1.4", "zan-right v3.3.0 v1.4"}));
+    QVERIFY(!preferences().contains("SHOW_AT_START=\"true\""));
+}
+
+void TestUpdateRoad::everyEndIsTold_data()
+{
+    QTest::addColumn<QString>("scenario");
+    QTest::addColumn<int>("code");
+    QTest::addColumn<QStringList>("ending"); ///< last lines of the story
+    QTest::newRow("nothing to do")
+        << "up-to-date" << int(Success)
+        << QStringList{"result: All controllers and cameras run the newest versions."};
+    QTest::newRow("a controller that is no longer supported")
+        << "discontinued" << int(NotNewest)
+        << QStringList{
+               "result: refused: An update to the selected version is not possible due to "
+               "discontinued support for your controller. Please contact O.R.V. for "
+               "support. Discontinued controllers: zan-master (SN 731), zan-master (SN 731)",
+               "result: zan-master runs Pt v3.1.0 and not v3.3.0",
+               "result: zan-master runs Ct v1.2 and not v1.4",
+               "result: Not all controllers and cameras run the newest versions."};
+    QTest::newRow("a measurement that does not stop")
+        << "measurement-refuses" << int(NotNewest)
+        << QStringList{"result: zan-right runs Ct v1.2 and not v1.4",
+                       "result: Not all controllers and cameras run the newest versions."};
+    QTest::newRow("an observer")
+        << "observer" << int(NotNewest)
+        << QStringList{"result: Not all controllers and cameras run the newest versions."};
+}
+
+void TestUpdateRoad::everyEndIsTold()
+{
+    QFETCH(const QString, scenario);
+    QFETCH(const QStringList, ending);
+    const FixtureFolder folder;
+    const Start start(quickScenario(scenario), folder);
+    const QStringList story = storyOf(start.narrator);
+    QCOMPARE(story.mid(story.size() - ending.size()), ending);
+    QTEST(int(start.code), "code");
+}
+
+ZAN_WIDGET_TEST_MAIN(TestUpdateRoad)
+#include "tst_updateroad.moc"
