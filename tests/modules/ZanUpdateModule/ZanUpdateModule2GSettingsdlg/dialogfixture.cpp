@@ -11,6 +11,8 @@
 #include <QDir>
 #include <QTimer>
 
+#include <algorithm>
+
 ZAN_EXPOSE(hasCameraRow, &ZanModuleServer::bWithCameraUpdate);
 
 // The dialog looks its home up once, at construction.
@@ -119,10 +121,25 @@ QPushButton* DialogFixture::exitButton() const
     return dialog.findChild<QPushButton*>(QStringLiteral("pushButton_exit"));
 }
 
+static QFileInfoList openFiles()
+{
+    return QDir(QStringLiteral("/proc/self/fd"))
+        .entryInfoList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot);
+}
+
 int openFileCount()
 {
-    const QDir folder(QStringLiteral("/proc/self/fd"));
-    return folder.entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot).size();
+    return openFiles().size();
+}
+
+bool isFileOpen(const QString& path)
+{
+    const QString target = QFileInfo(path).canonicalFilePath();
+    if (target.isEmpty())
+        return false;
+    const QFileInfoList files = openFiles();
+    return std::any_of(files.begin(), files.end(),
+                       [&](const QFileInfo& file) { return file.symLinkTarget() == target; });
 }
 
 bool makesApplicationQuit(const std::function<void()>& act)

@@ -79,5 +79,8 @@ public:
 /// Files that this process holds open.
 int openFileCount();
 
+/// Whether this process holds the file at @p path open.
+bool isFileOpen(const QString& path);
+
 /// Runs @p act in the application's event loop. @return whether that made the application quit
 bool makesApplicationQuit(const std::function<void()>& act);
