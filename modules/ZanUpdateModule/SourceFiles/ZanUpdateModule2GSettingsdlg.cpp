@@ -196,9 +196,8 @@ void ZanUpdateModule2GSettingsdlg::showWhatInDialog(const QString& text)
 static const char* const PREFERENCES_ROOT = "VORNIX";
 static const char* const WHATS_NEW_TAG = "WHATISNEW";
 static const char* const SHOW_AT_START = "SHOW_AT_START";
-// Many times what is ever written. What a parser makes of a longer file, by its entities or its
-// depth, may take all memory or the whole stack.
-static constexpr qint64 MAX_PREFERENCES_BYTES = 8192;
+// Many times what is ever written; a longer file may nest its elements deeper than the stack.
+static constexpr qint64 MAX_PREFERENCES_BYTES = 16384;
 
 QString ZanUpdateModule2GSettingsdlg::preferencesFile() const
 {
@@ -223,8 +222,10 @@ void ZanUpdateModule2GSettingsdlg::loadSettings()
     QString errorMsg;
     int errorLine = 0;
     int errorColumn = 0;
-    if (!xml.setContent(file.read(MAX_PREFERENCES_BYTES), false, &errorMsg, &errorLine,
-                        &errorColumn)) {
+    const QString text = QString::fromUtf8(file.read(MAX_PREFERENCES_BYTES));
+    // Entities let a short text grow without bounds, so one that declares any is not even parsed.
+    const bool isSafe = !text.contains(QLatin1String("<!ENTITY"));
+    if (isSafe && !xml.setContent(text, false, &errorMsg, &errorLine, &errorColumn)) {
         logToHost(iom, QStringLiteral("Error: Loading ZANupdate preferences while parsing %1 "
                                       "(Line %2, Column %3) :\n%4. Using built-in values")
                            .arg(file.fileName(), QString::number(errorLine),
