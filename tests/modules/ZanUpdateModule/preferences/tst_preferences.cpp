@@ -207,6 +207,10 @@ void TestPreferences::reads_data()
         << "\xEF\xBB\xBF" + SHOWN_AT_START << true;
     QTest::newRow("a file with the line ends of another system")
         << QByteArray(SHOWN_AT_START).replace("\n", "\r\n") << true;
+    QTest::newRow("a declared encoding that is not looked at")
+        << "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><VORNIX>" + shown + "</VORNIX>" << true;
+    QTest::newRow("a document type without entities")
+        << "<!DOCTYPE VORNIX><VORNIX>" + shown + "</VORNIX>" << true;
     QTest::newRow("a namespace that is not looked at")
         << "<VORNIX xmlns=\"urn:x\">" + shown + "</VORNIX>" << true;
 }
@@ -259,6 +263,10 @@ void TestPreferences::reportsWhatItCannotRead_data()
     QTest::newRow("a root with a prefix")
         << "<x:VORNIX xmlns:x=\"urn:x\">" + shown + "</x:VORNIX>" << foreign;
     QTest::newRow("the element as root") << shown << foreign;
+    QTest::newRow("a document type with an entity, however harmless")
+        << QByteArray("<!DOCTYPE VORNIX [<!ENTITY t \"true\">]><VORNIX><WHATISNEW "
+                      "SHOW_AT_START=\"&t;\"/></VORNIX>")
+        << foreign;
 }
 
 void TestPreferences::reportsWhatItCannotRead()
@@ -323,6 +331,26 @@ static QByteArray nestedEntities(int count)
     return entities;
 }
 
+// Likewise, with entities of the document type, which are replaced where they are declared.
+static QByteArray nestedParameterEntities(int count, int factor)
+{
+    QByteArray entities = "<!ENTITY % e0 \"0123456789\">\n";
+    for (int i = 1; i <= count; ++i) {
+        const QByteArray reference = "%e" + QByteArray::number(i - 1) + ";";
+        entities +=
+            "<!ENTITY % e" + QByteArray::number(i) + " \"" + reference.repeated(factor) + "\">\n";
+    }
+    return entities;
+}
+
+static QByteArray inTwoBytes(const QByteArray& text)
+{
+    QByteArray bytes("\xFF\xFE");
+    for (const char character : text)
+        bytes += QByteArray(1, character) + '\0';
+    return bytes;
+}
+
 void TestPreferences::survivesHostileFiles_data()
 {
     QTest::addColumn<QByteArray>("bytes");
@@ -338,14 +366,20 @@ void TestPreferences::survivesHostileFiles_data()
     QTest::newRow("an entity that holds itself") << withEntities("<!ENTITY e \"&e;\">\n", "&e;");
     QTest::newRow("two entities that hold each other")
         << withEntities("<!ENTITY a \"&b;\">\n<!ENTITY b \"&a;\">\n", "&a;");
-    QTest::newRow("parameter entities that grow tenfold each") << withEntities(
-        "<!ENTITY % a \"0123456789\">\n<!ENTITY % b \"" + QByteArray("%a;").repeated(1000) +
-            "\">\n<!ENTITY c \"" + QByteArray("%b;").repeated(1000) + "\">\n",
-        "&c;");
+    QTest::newRow("entities of the document type that grow tenfold each")
+        << withEntities(nestedParameterEntities(12, 10) + "<!ENTITY e \"%e12;\">\n", "&e;");
+    QTest::newRow("an entity that the document type makes long and the text repeats")
+        << withEntities(nestedParameterEntities(1, 1000) + "<!ENTITY e \"" +
+                            QByteArray("%e1;").repeated(700) + "\">\n",
+                        QByteArray("&e;").repeated(300));
+    QTest::newRow("the same in an encoding of two bytes")
+        << inTwoBytes(withEntities(nestedParameterEntities(1, 500) + "<!ENTITY e \"" +
+                                       QByteArray("%e1;").repeated(300) + "\">\n",
+                                   QByteArray("&e;").repeated(300)));
     QTest::newRow("an entity outside the file that never ends")
         << withEntities("<!ENTITY e SYSTEM \"file:///dev/zero\">\n", "&e;");
     QTest::newRow("elements nested as deep as a short file allows")
-        << "<VORNIX>" + QByteArray("<a>").repeated(2700);
+        << "<VORNIX>" + QByteArray("<a>").repeated(5400);
     QTest::newRow("elements nested a million deep")
         << "<VORNIX>" + QByteArray("<a>").repeated(1000000);
     QTest::newRow("a file far longer than any that is written")
