@@ -6,20 +6,16 @@
 //                                              the bare work, N times, to count instructions of
 
 #include "ZanData.h"
-#include "ZanUpdateModule2GSettingsdlg.h"
-#include "formattingchannel.h"
+#include "benchdata.h"
+#include "benchdialog.h"
 #include "heapcounter.h"
 #include "imagewriter.h"
-#include "newfeaturedialog.h"
 #include "privateaccess.h"
 #include "sixbitencoding.h"
 #include "stopwatch.h"
 
-#include <BackendVersions>
-
 #include <QApplication>
 #include <QFile>
-#include <QRandomGenerator>
 #include <QTemporaryDir>
 
 #include <openssl/evp.h>
@@ -30,15 +26,6 @@ ZAN_EXPOSE(blocksOfRun, &ZanUpdateModule2GSettingsdlg::nBlocksMustUpdate);
 static constexpr int RECORDS = 80000;
 static constexpr int RECORD_BYTES = 120;
 static constexpr int TEXT_CHARACTERS = 160;
-
-static QByteArray randomBytes(int size)
-{
-    QByteArray bytes(size, '\0');
-    QRandomGenerator generator(4711);
-    for (char& byte : bytes)
-        byte = static_cast<char>(generator.generate());
-    return bytes;
-}
 
 static QString writeImage(const QTemporaryDir& dir, int records)
 {
@@ -53,26 +40,21 @@ static QString writeImage(const QTemporaryDir& dir, int records)
     return file.fileName();
 }
 
-/// The dialog with a channel that only expands its texts.
+/// The dialog as a streamer of blocks.
 class Streamer
 {
 public:
-    Streamer() { blocksOfRun(m_dialog) = 1; }
+    Streamer() { blocksOfRun(m_bench.dialog()) = 1; }
 
     void stream(const QString& imagePath)
     {
         ZanData image(imagePath);
-        if (streamBlock(m_dialog, &image, 0, 0) != 0)
+        if (streamBlock(m_bench.dialog(), &image, 0, 0) != 0)
             qFatal("the block was not streamed");
     }
 
 private:
-    FormattingChannel m_channel;
-    BackendVersions m_versions{VersionInfo(3, 3, 0), VersionInfo(1, 23), VersionInfo(1, 4),
-                               QStringLiteral("ZAN")};
-    NewFeatureDialog m_viewer{nullptr, &m_versions};
-    ZanUpdateModule2GSettingsdlg m_dialog{&m_channel, nullptr, &m_versions, QStringLiteral("bench"),
-                                          &m_viewer};
+    BenchDialog m_bench;
 };
 
 /// The floor: the same bytes in large chunks, and one ready text expanded for each record.
@@ -120,11 +102,6 @@ static void encodeWithQt(const QByteArray& records)
     }
 }
 
-static void printRatio(const char* what, double ratio, const char* goal)
-{
-    std::printf("%-58s %8.3f   %s\n", what, ratio, goal);
-}
-
 static void measureBlock(Streamer& streamer, const QString& image)
 {
     const double block = shortestSeconds(15, [&] { streamer.stream(image); });
@@ -146,25 +123,19 @@ static void measureEncoder()
                "goal: 0.90 to 1.10");
 }
 
-static HeapCount heapUseOf(Streamer& streamer, const QString& image)
+static HeapCount heapUseToStream(Streamer& streamer, const QString& image)
 {
-    streamer.stream(image); // whatever is made once is made now
-    const HeapCount before = heapCount();
-    resetHeapPeak();
-    streamer.stream(image);
-    const HeapCount after = heapCount();
-    return {after.allocations - before.allocations, after.liveBytes - before.liveBytes,
-            after.peakBytes - before.liveBytes};
+    return heapUseOf([&] { streamer.stream(image); });
 }
 
 // Between two ticks of the progress, 1000 records apart, nothing but the records costs anything.
 static void measureHeap(Streamer& streamer, const QTemporaryDir& dir, const QString& image)
 {
-    const HeapCount few = heapUseOf(streamer, writeImage(dir, 100));
-    const HeapCount many = heapUseOf(streamer, writeImage(dir, 900));
+    const HeapCount few = heapUseToStream(streamer, writeImage(dir, 100));
+    const HeapCount many = heapUseToStream(streamer, writeImage(dir, 900));
     printRatio("heap allocations for 800 more records without a tick",
                static_cast<double>(many.allocations - few.allocations), "goal: 0");
-    const HeapCount large = heapUseOf(streamer, image);
+    const HeapCount large = heapUseToStream(streamer, image);
     printRatio("peak heap, 80000 records / 900 records",
                static_cast<double>(large.peakBytes) / static_cast<double>(many.peakBytes),
                "goal: 1.0");

@@ -19,6 +19,17 @@ void resetHeapPeak()
     peakBytes = liveBytes.load();
 }
 
+HeapCount heapUseOf(const std::function<void()>& work)
+{
+    work();
+    const HeapCount before = heapCount();
+    resetHeapPeak();
+    work();
+    const HeapCount after = heapCount();
+    return {after.allocations - before.allocations, after.liveBytes - before.liveBytes,
+            after.peakBytes - before.liveBytes};
+}
+
 static void* taken(void* memory)
 {
     if (memory) {

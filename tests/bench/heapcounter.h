@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 /// @file
 /// Counts what the whole process takes from the heap. Linking heapcounter.cpp puts it in place.
 
@@ -12,3 +14,7 @@ struct HeapCount
 
 HeapCount heapCount();
 void resetHeapPeak();
+
+/// What @p work takes from the heap and leaves on it. It is done twice and counted the second time,
+/// so that what is made once for all times does not count.
+HeapCount heapUseOf(const std::function<void()>& work);
