@@ -6,6 +6,7 @@
 #include "version.h"
 
 #include <reportedversion.h>
+#include <searchhardwaredlg.h>
 
 #include <QApplication>
 #include <QDir>
@@ -49,6 +50,7 @@ Frontend::Frontend(Scenario scenario, const Options& options)
     // Windows stay painted during long waits, but nothing can be clicked.
     m_link.setIdleWork([] { QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents); });
     connect(&m_window, &MainWindow::themeChanged, this, &Frontend::tellTheme);
+    connect(&m_window, &MainWindow::hardwareSearchWanted, this, &Frontend::searchForHardware);
     connect(&m_system, &SimulatedSystem::stateNotSaved, this, &Frontend::log);
     applyTheme(options.dark);
     m_window.setDarkTheme(options.dark);
@@ -171,6 +173,12 @@ VersionInfo Frontend::askVersion(const char* key)
     char reply[HostChannel::replyBytes] = {};
     return m_channel.get_string(reply, "%s", key) == 0 ? reportedVersion(QString::fromUtf8(reply))
                                                        : VersionInfo();
+}
+
+void Frontend::searchForHardware()
+{
+    SearchHardwareDlg dialog(&m_window, &m_channel, QStringLiteral("user"));
+    dialog.update_and_exec();
 }
 
 void Frontend::tellTheme(bool dark)

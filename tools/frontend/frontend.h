@@ -47,6 +47,7 @@ private:
     void leaveModule();
     BackendVersions askVersions();
     VersionInfo askVersion(const char* key);
+    void searchForHardware();
     void tellTheme(bool dark);
     void tellModule(const char* text);
 

@@ -63,6 +63,12 @@ void MainWindow::makeMenus()
     quit->setShortcut(QKeySequence::Quit);
     connect(quit, &QAction::triggered, this, &MainWindow::close);
 
+    m_searchHardware = addAction(tr("Search for &hardware..."),
+                                 tr("Have the controller look for new or changed hardware"), 50,
+                                 tr("&VORNIX3"), menuFile);
+    m_searchHardware->setObjectName(QStringLiteral("actionSearchHardware"));
+    connect(m_searchHardware, &QAction::triggered, this, &MainWindow::hardwareSearchWanted);
+
     m_startMeasurement =
         addAction(tr("&Start"), tr("Start a measurement"), 10, tr("&Measurement"), menuMeasurement);
     connect(m_startMeasurement, &QAction::triggered, this, [this] { m_system.setMeasuring(true); });
@@ -171,6 +177,7 @@ void MainWindow::followSystem()
 {
     const bool measuring = m_system.measurement() != Measurement::Off;
     m_measurement->setText(measuring ? tr("Measurement runs") : tr("No measurement"));
+    m_searchHardware->setEnabled(!m_observer && m_system.isReachable() && !measuring);
     m_startMeasurement->setEnabled(!m_observer && m_system.isReachable() && !measuring);
     m_stopMeasurement->setEnabled(!m_observer && measuring);
     for (const ModuleEntry& entry : qAsConst(m_moduleEntries))

@@ -40,6 +40,8 @@ public:
 
 signals:
     void themeChanged(bool dark);
+    /// The user wants the controller to look for its hardware again.
+    void hardwareSearchWanted();
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -69,6 +71,7 @@ private:
     SystemView* m_equipment;
     LogView* m_log;
     QLabel* m_measurement;
+    QAction* m_searchHardware = nullptr;
     QAction* m_startMeasurement = nullptr;
     QAction* m_stopMeasurement = nullptr;
     QAction* m_darkTheme = nullptr;

@@ -93,7 +93,7 @@ const QVector<UserDriver::WindowRule>& UserDriver::windowRules()
          &UserDriver::answerBox, QString()},
         {isNamed(updateDialogName), &UserDriver::useUpdateDialog, "update-dialog"},
         {isNamed("NewFeatureDialog"), &UserDriver::readNotes, "new-features"},
-        {isNamed("SearchHardwareDlgClass"), &UserDriver::lookOn, "search-hardware"},
+        {isNamed("SearchHardwareDlgClass"), &UserDriver::searchHardware, "search-hardware"},
         {isNamed("mainWindow"), &UserDriver::useMainWindow, "frontend"},
         {[](const QWidget&) { return true; }, &UserDriver::closeUnknown, "window"},
     };
@@ -275,7 +275,13 @@ void UserDriver::readNotes(QWidget& window, int visit)
     press(window.findChild<QPushButton*>("pushButton_exit"));
 }
 
-void UserDriver::lookOn(QWidget& /*window*/, int /*visit*/) {}
+// One that runs by itself hides its buttons.
+void UserDriver::searchHardware(QWidget& window, int /*visit*/)
+{
+    auto* ok = window.findChild<QPushButton*>("pushButton_ok");
+    if (ok->isVisible() && ok->isEnabled())
+        press(ok);
+}
 
 void UserDriver::closeUnknown(QWidget& window, int /*visit*/)
 {
@@ -294,7 +300,8 @@ void UserDriver::useMainWindow(QWidget& window, int /*visit*/)
         m_idle.start();
         return;
     }
-    if (m_idle.elapsed() < ownWindowsMs || openUpdateDialog() || powerCycleCameras())
+    if (m_idle.elapsed() < ownWindowsMs || powerCycleCameras() || searchForCameras() ||
+        openUpdateDialog())
         return;
     present(window, QStringLiteral("frontend"));
     m_isLeaving = true;
@@ -328,23 +335,35 @@ bool UserDriver::openUpdateDialog()
     return true;
 }
 
-bool UserDriver::powerCycleCameras()
+bool UserDriver::hasCameraThat(const QString& activity) const
 {
-    auto* view = m_window.findChild<QTableView*>("tableView_cameras");
+    const auto* view = m_window.findChild<QTableView*>("tableView_cameras");
     if (!view)
         return false;
-    bool isWaiting = false;
-    for (int row = 0; row < view->model()->rowCount(); ++row) {
-        for (int column = 0; column < view->model()->columnCount(); ++column)
-            isWaiting = isWaiting || view->model()
-                                         ->index(row, column)
-                                         .data()
-                                         .toString()
-                                         .contains(QLatin1String("waits for the power cycle"));
+    const QAbstractItemModel& cameras = *view->model();
+    for (int column = 0; column < cameras.columnCount(); ++column) {
+        const QModelIndex first = cameras.index(0, column);
+        if (!cameras.match(first, Qt::DisplayRole, activity, 1, Qt::MatchContains).isEmpty())
+            return true;
     }
-    if (!isWaiting)
+    return false;
+}
+
+bool UserDriver::powerCycleCameras()
+{
+    if (!hasCameraThat(QStringLiteral("waits for the power cycle")))
         return false;
-    view->selectAll();
+    m_window.findChild<QTableView*>("tableView_cameras")->selectAll();
     press(m_window.findChild<QPushButton*>("pushButton_powerCycleCameras"));
+    return true;
+}
+
+// The update dialog then shows what became of them.
+bool UserDriver::searchForCameras()
+{
+    if (!hasCameraThat(QStringLiteral("Waits for the search for hardware")))
+        return false;
+    m_hasSeenUpdateDialog = false;
+    trigger(m_window.findChild<QAction*>("actionSearchHardware"));
     return true;
 }

@@ -53,13 +53,15 @@ private:
     void answerBox(QWidget& window, int visit);
     void useUpdateDialog(QWidget& window, int visit);
     void readNotes(QWidget& window, int visit);
-    void lookOn(QWidget& window, int visit);
+    void searchHardware(QWidget& window, int visit);
     void closeUnknown(QWidget& window, int visit);
     void useMainWindow(QWidget& window, int visit);
 
     bool waitForControllers();
     bool openUpdateDialog();
     bool powerCycleCameras();
+    bool searchForCameras();
+    bool hasCameraThat(const QString& activity) const;
 
     MainWindow& m_window;
     Narrator& m_narrator;
