@@ -23,7 +23,7 @@ enum class PayloadComponent : quint16
 struct PayloadHead
 {
     PayloadComponent component = PayloadComponent::TrackingSoftware;
-    VersionInfo version; ///< present parts 0 to 65534; absent ones are -1
+    VersionInfo version; ///< numbers from 0 to 65534, or -1 for an absent one
     QString appendix;    ///< pre-release text such as "-beta.2"; Latin-1, at most 16 characters
 };
 
