@@ -1,4 +1,6 @@
 // All headers of the contract under this spelling; twice does no harm.
+// Sorting would take the second ones away.
+// clang-format off
 #include <BackendVersions>
 #include <IOManager>
 #include <MessageReceiver>
@@ -11,6 +13,7 @@
 #include <VersionInfo>
 
 #include "headernames.h"
+// clang-format on
 
 ContractSizes sizesByBareNames()
 {

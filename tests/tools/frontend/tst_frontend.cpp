@@ -80,6 +80,9 @@ private slots:
     void quittingFromADialogKeepsTheOrder();
     void frontendWaitsForControllersThatRestart();
     void moduleLeavesAndComesBackWithTheControllers();
+    void hardwareIsSearchedForOnTheUsersWord();
+    void hardwareIsSearchedForByOperatorsAtRestOnly_data();
+    void hardwareIsSearchedForByOperatorsAtRestOnly();
     void shutdownOfTheModuleIsTold();
     void stateIsKeptAndForgotten();
     void damagedStateIsSetAside();
@@ -207,6 +210,48 @@ void TestFrontend::moduleLeavesAndComesBackWithTheControllers()
         frontend.window().findChild<QPushButton*>("pushButton_powerCycleControllers")->click();
     });
     QCOMPARE(FakeModule::calls(), beginning + ending + beginning + ending);
+}
+
+void TestFrontend::hardwareIsSearchedForOnTheUsersWord()
+{
+    const FixtureFolder folder;
+    Frontend frontend(scenarioNamed("cameras"), optionsFor(folder));
+    QString error;
+    QVERIFY(frontend.prepare(&error));
+    QStringList texts;
+    runWith(frontend, [&] {
+        QTimer::singleShot(0, &frontend, [&] {
+            QWidget* dialog = QApplication::activeModalWidget();
+            texts += dialog->windowTitle();
+            dialog->findChild<QPushButton*>("pushButton_ok")->click();
+        });
+        frontend.window().findChild<QAction*>("actionSearchHardware")->trigger();
+        QApplication::quit();
+    });
+    QCOMPARE(texts, QStringList{"Search for new hardware"});
+    QVERIFY(frontend.window().log().toPlainText().contains("Search for new hardware...done"));
+}
+
+void TestFrontend::hardwareIsSearchedForByOperatorsAtRestOnly_data()
+{
+    QTest::addColumn<QString>("scenario");
+    QTest::addColumn<bool>("observer");
+    QTest::addColumn<bool>("enabled");
+    QTest::newRow("an operator without a measurement may") << "cascade" << false << true;
+    QTest::newRow("an observer may not") << "cascade" << true << false;
+    QTest::newRow("nobody may during a measurement") << "measuring" << false << false;
+}
+
+void TestFrontend::hardwareIsSearchedForByOperatorsAtRestOnly()
+{
+    QFETCH(const QString, scenario);
+    QFETCH(const bool, observer);
+    QFETCH(const bool, enabled);
+    const FixtureFolder folder;
+    Options options = optionsFor(folder);
+    options.observer = observer;
+    Frontend frontend(scenarioNamed(scenario), options);
+    QCOMPARE(frontend.window().findChild<QAction*>("actionSearchHardware")->isEnabled(), enabled);
 }
 
 void TestFrontend::shutdownOfTheModuleIsTold()
