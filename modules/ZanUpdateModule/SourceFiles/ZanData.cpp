@@ -97,40 +97,37 @@ int ZanData::readRelease(LittleEndianReader& reader, bool hasDates)
     return 0;
 }
 
-struct Date
+static int readDate(LittleEndianReader& reader, int codeIfMissing, QString* date)
 {
     int year = 0;
     int month = 0;
     int day = 0;
-
-    QString toString() const
-    {
+    const int code =
+        reader.readWords({{&year, codeIfMissing}, {&month, codeIfMissing}, {&day, codeIfMissing}});
+    if (code == 0) {
         const QLatin1Char zero('0');
-        return QStringLiteral("%1-%2-%3")
-            .arg(year, 4, 10, zero)
-            .arg(month, 2, 10, zero)
-            .arg(day, 2, 10, zero);
+        *date = QStringLiteral("%1-%2-%3")
+                    .arg(year, 4, 10, zero)
+                    .arg(month, 2, 10, zero)
+                    .arg(day, 2, 10, zero);
     }
-};
+    return code;
+}
 
 int ZanData::readPreReleaseAndDates(LittleEndianReader& reader)
 {
     int type = 0;
     int number = 0;
-    Date date;
-    int code = reader.readWords(
-        {{&type, -6}, {&number, -6}, {&date.year, -6}, {&date.month, -6}, {&date.day, -6}});
+    int code = reader.readWords({{&type, -6}, {&number, -6}});
     if (code != 0)
         return code;
     sPreReleaseAppendix = getPreReleaseAppendix(type, number);
-    m_releaseDate = date.toString();
 
-    code = reader.readWords({{&date.year, -7}, {&date.month, -7}, {&date.day, -7}});
-    if (code != 0)
-        return code;
-    m_releaseMinorDate = date.toString();
-    m_hasReleaseDates = true;
-    return 0;
+    code = readDate(reader, -6, &m_releaseDate);
+    if (code == 0)
+        code = readDate(reader, -7, &m_releaseMinorDate);
+    m_hasReleaseDates = code == 0;
+    return code;
 }
 
 int ZanData::readComponentVersions(LittleEndianReader& reader)
@@ -162,8 +159,6 @@ int ZanData::readBlockTable(LittleEndianReader& reader)
         const int code = readBlock(reader, &block);
         if (code != 0)
             return code;
-        if (block.type == ZAN_FIRMWARE_UPDATE)
-            maxPtVer = block.maxVer;
     }
     return 0;
 }
@@ -191,6 +186,8 @@ int ZanData::readBlock(LittleEndianReader& reader, ZanUpdateBlock* block)
         code = readLimit(reader, hasPatch, -24, &block->maxVer);
     if (code != 0)
         return code;
+    if (hasPatch)
+        maxPtVer = block->maxVer;
     return reader.readS32(&block->offset) && reader.readS32(&block->length) ? 0 : -27;
 }
 
