@@ -65,7 +65,8 @@ ZanModuleServer::~ZanModuleServer()
 bool ZanModuleServer::needsSearchHardware() const
 {
     return std::any_of(listZanDisplay.begin(), listZanDisplay.end(), [](const ZanDisplay* row) {
-        return row->toBeUpdated() && row->getCamUpdate()->isNeedsSearchHardware();
+        return row->toBeUpdated() && row->getCamUpdate() &&
+               row->getCamUpdate()->isNeedsSearchHardware();
     });
 }
 

@@ -31,8 +31,7 @@ public:
     ZanModuleServer(const ZanModuleServer&) = delete;
     ZanModuleServer& operator=(const ZanModuleServer&) = delete;
 
-    /// Whether a camera that is marked to be updated must be searched for afterwards. May be called
-    /// only while the list of rows consists of camera rows.
+    /// Whether a camera that is marked to be updated must be searched for afterwards.
     bool needsSearchHardware() const;
     /// Asks all controllers again and rebuilds the rows.
     void redo_fillListZanDisplay();
