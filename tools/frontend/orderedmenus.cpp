@@ -14,8 +14,8 @@ static QString withoutMnemonic(QString title)
 template <typename Item>
 static int placeFor(const QVector<Item>& items, int order)
 {
-    const auto next = std::find_if(items.begin(), items.end(),
-                                   [&](const Item& item) { return item.order > order; });
+    const auto* const next = std::find_if(items.begin(), items.end(),
+                                          [&](const Item& item) { return item.order > order; });
     return static_cast<int>(next - items.begin());
 }
 
@@ -46,7 +46,7 @@ void OrderedMenus::remove(QAction* action)
 
 OrderedMenus::Menu& OrderedMenus::menuTitled(const QString& title, int order)
 {
-    const auto known = std::find_if(m_menus.begin(), m_menus.end(), [&](const Menu& menu) {
+    auto* const known = std::find_if(m_menus.begin(), m_menus.end(), [&](const Menu& menu) {
         return withoutMnemonic(menu.menu->title()) == withoutMnemonic(title);
     });
     if (known != m_menus.end())

@@ -16,7 +16,7 @@ QString Screenshots::save(QWidget& window, const QString& name, QString* error)
     if (m_folder.isEmpty())
         return QString();
     const int number = nextNumber();
-    const QString file = QStringLiteral("%1-%2.png").arg(number, 2, 10, QLatin1Char('0')).arg(name);
+    QString file = QStringLiteral("%1-%2.png").arg(number, 2, 10, QLatin1Char('0')).arg(name);
     QFile counter(m_counterFile);
     if (!QDir().mkpath(m_folder) || !window.grab().save(m_folder + '/' + file)) {
         *error = QStringLiteral("%1/%2 cannot be written").arg(m_folder, file);

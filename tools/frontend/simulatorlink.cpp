@@ -2,6 +2,8 @@
 
 #include <QThread>
 
+#include <utility>
+
 // How far the schedule may be behind before it starts anew: the time that the sender itself needs
 // does not slow a stream of records down.
 static constexpr qint64 SLACK_MS = 50;
@@ -30,9 +32,7 @@ std::optional<Reply> SimulatorLink::wait(int timeoutMs)
         pass(comes ? neededMs : timeoutMs);
     if (!comes)
         return std::nullopt;
-    const std::optional<Reply> reply = m_reply;
-    m_reply.reset();
-    return reply;
+    return std::exchange(m_reply, std::nullopt);
 }
 
 QString SimulatorLink::address() const

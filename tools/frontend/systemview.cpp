@@ -108,9 +108,9 @@ SystemView::SystemView(SimulatedSystem& system, QWidget* parent)
 {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(makeControllers(), 1);
+    layout->addWidget(makeControllers(), system.controllers().size());
     if (!system.cameras().isEmpty())
-        layout->addWidget(makeCameras(), 1);
+        layout->addWidget(makeCameras(), system.cameras().size());
 
     // A stream of records changes the system more often than eyes can follow.
     m_refresh.setSingleShot(true);

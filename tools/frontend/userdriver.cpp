@@ -111,11 +111,9 @@ UserDriver::UserDriver(MainWindow& window, Narrator& narrator, Screenshots& scre
     : m_window(window), m_narrator(narrator), m_screenshots(screenshots), m_watchdog(watchdog)
 {
     connect(&window.log(), &LogView::added, this, &UserDriver::takeLogLine);
-    connect(&m_timer, &QTimer::timeout, this, [this] {
-        // Not from the timer itself, which does not fire again before its slot has returned, and
-        // that is after windows that a button of this one opens.
-        QMetaObject::invokeMethod(this, &UserDriver::tick, Qt::QueuedConnection);
-    });
+    // Not from the timer itself, which does not fire again before its slot has returned, and that
+    // is after windows that a button of this one opens.
+    connect(&m_timer, &QTimer::timeout, this, &UserDriver::tick, Qt::QueuedConnection);
     m_timer.start(tickMs);
 }
 

@@ -61,7 +61,8 @@ private slots:
     void titleTellsVersionAndScenario();
     void moduleEntriesStandAmongTheFrontends();
     void measurementForbidsSomeEntries();
-    void observerCannotMeasure();
+    void observerOnlyLooksOn();
+    void hardwareIsSearchedForBetweenMeasurements();
     void measurementIsStartedAndStopped();
     void themeReallyChanges();
     void themeIsTold();
@@ -82,12 +83,16 @@ void TestMainWindow::moduleEntriesStandAmongTheFrontends()
 {
     SimulatedSystem system(shippedScenario("cascade"));
     MainWindow window(system, false);
-    const QStringList own = {"&VORNIX3: &Quit", "&Measurement: &Start", "&Measurement: S&top",
-                             "V&iew: &Dark theme", "&Help: &About"};
+    const QStringList own = {"&VORNIX3: Search for &hardware...",
+                             "&VORNIX3: &Quit",
+                             "&Measurement: &Start",
+                             "&Measurement: S&top",
+                             "V&iew: &Dark theme",
+                             "&Help: &About"};
     QCOMPARE(menuTexts(window), own);
     const ModuleEntries module;
     window.addModuleEntries(module.elements);
-    QCOMPARE(menuTexts(window), (own.mid(0, 4) << "&Help: Anytime"
+    QCOMPARE(menuTexts(window), (own.mid(0, 5) << "&Help: Anytime"
                                                << "&Help: Not while measuring"
                                                << "&Help: &About"));
     window.removeModuleEntries();
@@ -111,13 +116,29 @@ void TestMainWindow::measurementForbidsSomeEntries()
     window.removeModuleEntries();
 }
 
-void TestMainWindow::observerCannotMeasure()
+void TestMainWindow::observerOnlyLooksOn()
 {
     SimulatedSystem system(shippedScenario("cascade"));
     const MainWindow window(system, true);
     QVERIFY(!actionWith(window, "&Start")->isEnabled());
+    QVERIFY(!actionWith(window, "Search for &hardware...")->isEnabled());
     system.setMeasuring(true);
     QVERIFY(!actionWith(window, "S&top")->isEnabled());
+}
+
+void TestMainWindow::hardwareIsSearchedForBetweenMeasurements()
+{
+    SimulatedSystem system(shippedScenario("cascade"));
+    const MainWindow window(system, false);
+    QSignalSpy wanted(&window, &MainWindow::hardwareSearchWanted);
+    QAction* search = actionWith(window, "Search for &hardware...");
+    system.setMeasuring(true);
+    QVERIFY(!search->isEnabled());
+    system.setMeasuring(false);
+    search->trigger();
+    QCOMPARE(wanted.size(), 1);
+    system.restart();
+    QVERIFY(!search->isEnabled());
 }
 
 void TestMainWindow::measurementIsStartedAndStopped()
