@@ -6,6 +6,7 @@
 
 #include <ZanDisplay.h>
 #include <comparing.h>
+#include <markingtranslator.h>
 #include <widgettestmain.h>
 
 class Completion : public QObject
@@ -15,14 +16,20 @@ class Completion : public QObject
 private slots:
     void reportsAFailure_data();
     void reportsAFailure();
+    void translatesAFailurePartByPart_data();
+    void translatesAFailurePartByPart();
 
     void oldBackendOffersNoRestart_data();
     void oldBackendOffersNoRestart();
+    void translatesTheEndOnAnOldBackendPartByPart_data();
+    void translatesTheEndOnAnOldBackendPartByPart();
     void restartIsOfferedFromProtocol017On_data();
     void restartIsOfferedFromProtocol017On();
 
     void reportsASuccess_data();
     void reportsASuccess();
+    void translatesASuccessButNotItsTitle_data();
+    void translatesASuccessButNotItsTitle();
     void restartsInAFixedOrder();
     void restartsWhateverTheReply_data();
     void restartsWhateverTheReply();
@@ -81,6 +88,18 @@ static const char* const READY_LINE =
     R"(post_message Main_Window ZanUpateModule 1 "AppReadyToShutdown")";
 static const char* const REBOOT_LINE = R"(send_command "vornix2 system reboot")";
 
+static const char* const TRANSLATED = "ZanUpdateModule2GSettingsdlg";
+
+/// A box with its title marked, and its text with every line as a part of its own.
+static ExpectedBox markedNotice(QMessageBox::Icon icon, QString text)
+{
+    const QString lineEnd(QLatin1Char('\n'));
+    text.replace(lineEnd, lineEnd + MarkingTranslator::marked(QString()));
+    ExpectedBox box = notice(icon, MarkingTranslator::marked(text));
+    box.title = MarkingTranslator::marked(box.title);
+    return box;
+}
+
 // ---- Failure
 
 void Completion::reportsAFailure_data()
@@ -125,6 +144,22 @@ void Completion::reportsAFailure()
     QVERIFY(!bShowNewFeatures(ending.dialog));
 }
 
+void Completion::translatesAFailurePartByPart_data()
+{
+    reportsAFailure_data();
+}
+
+void Completion::translatesAFailurePartByPart()
+{
+    QFETCH(const int, err);
+    QFETCH(const bool, bCascade);
+    QFETCH(const VersionInfo, protocol);
+    QFETCH(const QString, text);
+    const MarkingTranslator translator(TRANSLATED);
+    Ending ending(QStringLiteral("ZAN"), 0, protocol);
+    QVERIFY(!ending.end(markedNotice(QMessageBox::Critical, text), err, bCascade));
+}
+
 // ---- Old backend
 
 void Completion::oldBackendOffersNoRestart_data()
@@ -156,6 +191,24 @@ void Completion::oldBackendOffersNoRestart()
     QVERIFY(!bShowNewFeatures(ending.dialog));
 }
 
+void Completion::translatesTheEndOnAnOldBackendPartByPart_data()
+{
+    oldBackendOffersNoRestart_data();
+}
+
+void Completion::translatesTheEndOnAnOldBackendPartByPart()
+{
+    QFETCH(const bool, bCascade);
+    QFETCH(const QString, model);
+    QFETCH(const int, cameraModel);
+    QFETCH(const QString, text);
+    const MarkingTranslator translator(TRANSLATED);
+    Ending ending(model, cameraModel, VersionInfo(0, 16, 9));
+    QVERIFY(ending.end(markedNotice(QMessageBox::Information, text), 0, bCascade));
+    // What the frontend is told is no text for the user.
+    QCOMPARE(ending.lines, QStringList{READY_LINE});
+}
+
 void Completion::restartIsOfferedFromProtocol017On_data()
 {
     QTest::addColumn<VersionInfo>("protocol");
@@ -172,6 +225,8 @@ void Completion::restartIsOfferedFromProtocol017On()
 }
 
 // ---- Success
+
+static const QString CLOSING_REMARK = QStringLiteral("If yes VORNIX3 will be closed");
 
 void Completion::reportsASuccess_data()
 {
@@ -197,7 +252,6 @@ void Completion::reportsASuccess_data()
     const QString cameras = "The cameras are updated successfully and must be restarted manually!";
     const QString powerOff = "Please power off all updated cameras by disconnecting or turn off "
                              "any connected PoE+ switches.";
-    const QString remark = "If yes VORNIX3 will be closed";
     const QString reboot = "vornix2 system reboot";
     const QString shutdown = "vornix2 system shutdown";
     const QString none;
@@ -207,20 +261,36 @@ void Completion::reportsASuccess_data()
     QTest::newRow("of the cameras of a BRIARSCOPE")
         << false << "BRIARSCOPE" << SEARCHED_CAMERA << briarscope << shutDown << none;
     QTest::newRow("of a controller")
-        << false << "ZAN" << 0 << controller << restartController + remark << reboot;
+        << false << "ZAN" << 0 << controller << restartController + CLOSING_REMARK << reboot;
     QTest::newRow("of cameras") << false << "ZAN" << CAMERA << cameras << powerOff << none;
     QTest::newRow("of a cascade of BRIARSCOPEs")
         << true << "BRIARSCOPE" << 0 << cascade << restartCascade << shutdown;
-    QTest::newRow("of a cascade") << true << "ZAN" << 0 << cascade << restartCascade + remark
-                                  << reboot;
+    QTest::newRow("of a cascade") << true << "ZAN" << 0 << cascade
+                                  << restartCascade + CLOSING_REMARK << reboot;
     QTest::newRow("of the cameras of a cascade")
         << true << "ZAN" << SEARCHED_CAMERA << cascade << restartCascade << none;
     QTest::newRow("of the cameras of a cascade of BRIARSCOPEs")
         << true << "BRIARSCOPE" << SEARCHED_CAMERA << cascade << restartCascade << none;
     QTest::newRow("of a model whose name only begins with BRIARSCOPE")
-        << false << "BRIARSCOPE3" << 0 << controller << restartController + remark << reboot;
+        << false << "BRIARSCOPE3" << 0 << controller << restartController + CLOSING_REMARK
+        << reboot;
     QTest::newRow("of a model whose name is spelled otherwise")
-        << false << "Briarscope" << 0 << controller << restartController + remark << reboot;
+        << false << "Briarscope" << 0 << controller << restartController + CLOSING_REMARK << reboot;
+}
+
+/// @param press of the two buttons of a box that offers a restart
+static ExpectedBox successBox(const QString& text, const QString& informativeText,
+                              bool offersRestart, QMessageBox::StandardButton press)
+{
+    ExpectedBox box = notice(QMessageBox::Information, text);
+    box.informativeText = informativeText;
+    box.defaultButton = QMessageBox::NoButton;
+    if (offersRestart) {
+        box.buttons = QMessageBox::Yes | QMessageBox::No;
+        box.defaultButton = QMessageBox::Yes;
+        box.press = press;
+    }
+    return box;
 }
 
 void Completion::reportsASuccess()
@@ -232,14 +302,7 @@ void Completion::reportsASuccess()
     QFETCH(const QString, informativeText);
     QFETCH(const QString, command);
     Ending ending(model, cameraModel);
-    ExpectedBox box = notice(QMessageBox::Information, text);
-    box.informativeText = informativeText;
-    box.defaultButton = QMessageBox::NoButton;
-    if (!command.isEmpty()) {
-        box.buttons = QMessageBox::Yes | QMessageBox::No;
-        box.defaultButton = QMessageBox::Yes;
-        box.press = QMessageBox::Yes;
-    }
+    ExpectedBox box = successBox(text, informativeText, !command.isEmpty(), QMessageBox::Yes);
     box.inspect = [&](QMessageBox& shown) {
         QCOMPARE(shown.parentWidget(), static_cast<QWidget*>(&ending.dialog));
     };
@@ -250,6 +313,28 @@ void Completion::reportsASuccess()
     if (isRestarted)
         lines << READY_LINE << QStringLiteral("send_command \"%1\"").arg(command);
     QCOMPARE(ending.lines, lines);
+}
+
+void Completion::translatesASuccessButNotItsTitle_data()
+{
+    reportsASuccess_data();
+}
+
+void Completion::translatesASuccessButNotItsTitle()
+{
+    QFETCH(const bool, bCascade);
+    QFETCH(const QString, model);
+    QFETCH(const int, cameraModel);
+    QFETCH(const QString, text);
+    QFETCH(const QString, informativeText);
+    QFETCH(const QString, command);
+    const MarkingTranslator translator(TRANSLATED);
+    Ending ending(model, cameraModel);
+    QString informativeParts = MarkingTranslator::marked(informativeText);
+    informativeParts.replace(CLOSING_REMARK, MarkingTranslator::marked(CLOSING_REMARK));
+    QVERIFY(!ending.end(successBox(MarkingTranslator::marked(text), informativeParts,
+                                   !command.isEmpty(), QMessageBox::No),
+                        0, bCascade));
 }
 
 void Completion::restartsInAFixedOrder()

@@ -4,6 +4,7 @@
 #include "fixtureimages.h"
 
 #include <comparing.h>
+#include <markingtranslator.h>
 #include <widgettestmain.h>
 #include <zanupdatemessagereceiver.h>
 
@@ -12,7 +13,6 @@
 #include <QMetaMethod>
 #include <QTextBlock>
 #include <QTextDocument>
-#include <QTranslator>
 
 ZAN_EXPOSE(showWhatIsDue, &UpdateDialog::showWhatIsDue);
 ZAN_EXPOSE(frontendVersion, &NewFeatureDialog::vornix2);
@@ -59,6 +59,7 @@ private slots:
     void startTimerShowsNothingWithoutNotes();
     void startTimerShowsNothingThatIsNotDue();
     void warnsOfTheFallbackAddress();
+    void translatesOnlyTheTitleOfTheAddressWarning();
     void destructorKeepsWhetherNotesAreDue_data();
     void destructorKeepsWhetherNotesAreDue();
 };
@@ -182,23 +183,9 @@ void DialogShell::formNamesADialogWithoutAName()
     QCOMPARE(named.objectName(), QStringLiteral("other"));
 }
 
-/// Marks the texts that it is asked for in the form's context.
-class MarkingTranslator : public QTranslator
-{
-public:
-    bool isEmpty() const override { return false; }
-    QString translate(const char* context, const char* source, const char* /*disambiguation*/,
-                      int /*n*/) const override
-    {
-        return qstrcmp(context, DIALOG) == 0 ? QLatin1String("* ") + QLatin1String(source)
-                                             : QString();
-    }
-};
-
 void DialogShell::formTextsCanBeTranslated()
 {
-    MarkingTranslator translator;
-    QVERIFY(QCoreApplication::installTranslator(&translator));
+    const MarkingTranslator translator(DIALOG);
     const BareForm form;
     QStringList texts{form.windowTitle(), form.whatsThis(), form.ui.tableWidget->whatsThis(),
                       form.ui.progressBar->whatsThis()};
@@ -206,7 +193,6 @@ void DialogShell::formTextsCanBeTranslated()
         texts += label->text();
     for (const QPushButton* button : form.findChildren<QPushButton*>())
         texts << button->text() << button->whatsThis();
-    QCoreApplication::removeTranslator(&translator);
 
     QCOMPARE(texts.size(), 13);
     for (const QString& text : qAsConst(texts))
@@ -631,9 +617,8 @@ void DialogShell::startTimerShowsNothingThatIsNotDue()
     QCOMPARE(driver.seen(), QStringList());
 }
 
-void DialogShell::warnsOfTheFallbackAddress()
+static ExpectedBox addressWarning()
 {
-    DialogFixture fixture;
     ExpectedBox box;
     box.title = QStringLiteral("Warning");
     box.icon = QMessageBox::Warning;
@@ -646,9 +631,28 @@ void DialogShell::warnsOfTheFallbackAddress()
                        "\n"
                        "Please set a valid IP address before updating the Controller.\n"
                        "(Settings -> Controller -> IP address and subnet mask)\n");
+    return box;
+}
+
+void DialogShell::warnsOfTheFallbackAddress()
+{
+    DialogFixture fixture;
+    ExpectedBox box = addressWarning();
     box.inspect = [&](QMessageBox& shown) {
         QCOMPARE(shown.parentWidget(), static_cast<QWidget*>(&fixture.dialog));
     };
+    ModalDriver driver;
+    driver.expect(box);
+    fixture.dialog.onDisplayMsgNoValidIp();
+    QVERIFY2(driver.isDone(), qPrintable(driver.missing()));
+}
+
+void DialogShell::translatesOnlyTheTitleOfTheAddressWarning()
+{
+    const MarkingTranslator translator("ZanUpdateModule2GSettingsdlg");
+    DialogFixture fixture;
+    ExpectedBox box = addressWarning();
+    box.title = MarkingTranslator::marked(box.title);
     ModalDriver driver;
     driver.expect(box);
     fixture.dialog.onDisplayMsgNoValidIp();

@@ -5,6 +5,7 @@
 #include <ZanController.h>
 #include <ZanDisplay.h>
 #include <comparing.h>
+#include <markingtranslator.h>
 #include <modaldriver.h>
 #include <widgettestmain.h>
 
@@ -37,6 +38,7 @@ private slots:
     void selectionIsReadFromTheTable();
     void warnsOfAPartialCascade_data();
     void warnsOfAPartialCascade();
+    void doesNotTranslateThePartialWarning();
     void cascadeIsMoreThanOneController();
 
     void columnsFollowTheWidth_data();
@@ -444,6 +446,18 @@ void UpdateTable::warnsOfAPartialCascade()
         QCOMPARE(fixture.updateButton()->isEnabled(), isMinOneUpdateSelected(fixture.dialog));
     }
     QTEST(warnings, "warnings");
+}
+
+void UpdateTable::doesNotTranslateThePartialWarning()
+{
+    const MarkingTranslator translator("ZanUpdateModule2GSettingsdlg");
+    DialogFixture fixture;
+    addRows(&fixture, "MS");
+    fixture.table()->item(1, 0)->setCheckState(Qt::Unchecked);
+    ModalDriver driver;
+    driver.expect(partialWarning());
+    clickCell(fixture.dialog, 1, 0);
+    QVERIFY2(driver.isDone(), qPrintable(driver.missing()));
 }
 
 void UpdateTable::cascadeIsMoreThanOneController()
