@@ -1,5 +1,6 @@
 #include "exposedviewer.h"
 
+#include <markingtranslator.h>
 #include <programfolder.h>
 #include <widgettestmain.h>
 
@@ -30,6 +31,8 @@ private slots:
     void readsWithTheCodecOfTheLocale_data();
     void readsWithTheCodecOfTheLocale();
     void showsHundredsOfNotes();
+    void translatesItsFrameAndItsRedTexts_data();
+    void translatesItsFrameAndItsRedTexts();
 };
 
 namespace {
@@ -308,6 +311,41 @@ void TestNotesPage::showsHundredsOfNotes()
     }
     Viewer viewer;
     QCOMPARE(viewer.page(list, true), page(body));
+}
+
+void TestNotesPage::translatesItsFrameAndItsRedTexts_data()
+{
+    QTest::addColumn<QStringList>("list");
+    QTest::addColumn<QString>("body");
+
+    // The frame of a red text is asked for as well as the text in it.
+    QTest::newRow("where there is nothing to show")
+        << QStringList() << "<br>* <h4><font color=\"red\">* No new feature available!</font></h4>";
+    QTest::newRow("where the backend is too old for a note")
+        << files({"v3_0_1.html"})
+        << "<h2>VORNIX3 v3.0.1</h2><p>note</p>* <h4><font color=\"red\">* The features are only "
+           "available when the Controller is up-to-date.</font></h4>";
+    QTest::newRow("but neither the heading nor the text of a note")
+        << files({"v3_0_0.html"}) << "<h2>VORNIX3 v3.0.0</h2><p>note</p>";
+}
+
+void TestNotesPage::translatesItsFrameAndItsRedTexts()
+{
+    QFETCH(QStringList, list);
+    QFETCH(QString, body);
+
+    const ProgramFolder folder;
+    for (const QString& name : qAsConst(list))
+        deliver(folder, name.toLatin1().constData(), "<p>note</p>");
+    const MarkingTranslator translator("NewFeatureDialog");
+    Viewer viewer;
+    const QString begin = QStringLiteral("<html><body>");
+    const QString end = QStringLiteral("</body></html>");
+    const QString content = viewer.page(list, false);
+    QCOMPARE(content,
+             shown(MarkingTranslator::marked(begin) + body + MarkingTranslator::marked(end)));
+    // Each mark shows in the page.
+    QCOMPARE(content.count(QLatin1Char('*')), body.count(QLatin1Char('*')) + 2);
 }
 
 ZAN_WIDGET_TEST_MAIN(TestNotesPage)
