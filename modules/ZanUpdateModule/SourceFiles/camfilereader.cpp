@@ -83,8 +83,7 @@ int readCamImageHead(LittleEndianReader& reader, quint32* recordCount)
     int versionLength = 0;
     if (!reader.readU16(&versionLength))
         return -103;
-    char version[MAX_VERSION_TEXT_BYTES];
-    if (versionLength > MAX_VERSION_TEXT_BYTES || !reader.readBytes(version, versionLength))
+    if (versionLength > MAX_VERSION_TEXT_BYTES || !reader.takeBytes(versionLength))
         return -104;
     if (!reader.readU32(recordCount))
         return -105;
@@ -95,7 +94,8 @@ int readCamRecord(LittleEndianReader& reader, UpdateRecord* record)
 {
     if (!reader.readU16(&record->length))
         return -107;
-    if (record->length > MAX_RECORD_BYTES || !reader.readBytes(record->data, record->length))
+    if (record->length > MAX_RECORD_BYTES)
         return -108;
-    return 0;
+    record->data = reader.takeBytes(record->length);
+    return record->data ? 0 : -108;
 }

@@ -33,8 +33,8 @@ inline constexpr int MAX_RECORD_BYTES = 120;
 /// One binary record of an update file, as it goes out in one command.
 struct UpdateRecord
 {
-    int length = 0; ///< bytes in use
-    unsigned char data[MAX_RECORD_BYTES];
+    int length = 0;                      ///< in bytes, at most MAX_RECORD_BYTES
+    const unsigned char* data = nullptr; ///< valid until the next record is read
 };
 
 /// Whether the backend speaks the command protocol @p version or a later one.

@@ -14,8 +14,7 @@ static BlockRead skipBlockText(LittleEndianReader& reader)
         return BlockRead::CannotRead;
     if (length > MAX_BLOCK_TEXT_BYTES)
         return BlockRead::NoUpdateFile;
-    char text[MAX_BLOCK_TEXT_BYTES];
-    return reader.readBytes(text, length) ? BlockRead::Ok : BlockRead::CannotRead;
+    return reader.takeBytes(length) ? BlockRead::Ok : BlockRead::CannotRead;
 }
 
 BlockRead readImageBlockHead(LittleEndianReader& reader, int systemModel, ImageBlockHead* head)
@@ -43,5 +42,6 @@ BlockRead readImageRecord(LittleEndianReader& reader, int maxRecordLength, Updat
     if (length > maxRecordLength || length > MAX_RECORD_BYTES)
         return BlockRead::NoUpdateFile;
     record->length = length;
-    return reader.readBytes(record->data, length) ? BlockRead::Ok : BlockRead::CannotRead;
+    record->data = reader.takeBytes(length);
+    return record->data ? BlockRead::Ok : BlockRead::CannotRead;
 }

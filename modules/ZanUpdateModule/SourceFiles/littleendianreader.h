@@ -33,14 +33,14 @@ public:
     LittleEndianReader(const LittleEndianReader&) = delete;
     LittleEndianReader& operator=(const LittleEndianReader&) = delete;
 
+    /// The next bytes, valid until the next read; null if there are not so many.
     /// @param count at most 512
-    bool readBytes(void* target, int count)
+    const unsigned char* takeBytes(int count)
     {
         if (!isAtHand(count))
-            return false;
-        std::memcpy(target, m_next, static_cast<std::size_t>(count));
+            return nullptr;
         m_next += count;
-        return true;
+        return m_next - count;
     }
 
     bool readU16(int* value)
