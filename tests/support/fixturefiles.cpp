@@ -36,14 +36,14 @@ QString FixtureFolder::write(const QString& relativePath, const QByteArray& byte
 
 QString FixtureFolder::makeFolder(const QString& relativePath) const
 {
-    const QString target = path(relativePath);
+    QString target = path(relativePath);
     require(QDir().mkpath(target), target);
     return target;
 }
 
 QString FixtureFolder::link(const QString& relativePath, const QString& target) const
 {
-    const QString link = path(relativePath);
+    QString link = path(relativePath);
     require(QDir().mkpath(QFileInfo(link).path()) && QFile::link(path(target), link), link);
     return link;
 }

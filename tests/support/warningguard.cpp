@@ -38,7 +38,7 @@ void failOnUnexpectedWarnings()
         s_nextHandler = previous;
 }
 
-static void countMessage(QtMsgType type, const QMessageLogContext&, const QString& text)
+static void countMessage(QtMsgType type, const QMessageLogContext& /*context*/, const QString& text)
 {
     std::fprintf(stderr, "after the tests: %s\n", qPrintable(text));
     if (isWarning(type) && !isOfPlatform(text))
