@@ -18,7 +18,7 @@ ZAN_EXPOSE(hasCameraRow, &ZanModuleServer::bWithCameraUpdate);
 // The dialog looks its home up once, at construction.
 static QString moveHome(const FixtureFolder& files)
 {
-    const QString home = files.makeFolder(QStringLiteral("home"));
+    QString home = files.makeFolder(QStringLiteral("home"));
     qputenv("HOME", QFile::encodeName(home));
     return home;
 }

@@ -185,6 +185,23 @@ static QStringList twoRecords(const QByteArray& camera, int timeoutMs = 40000)
 static const QString DONE_LINE =
     QStringLiteral("box The cameras are updated successfully and must be restarted manually!");
 
+static void verifyFinished(const CameraSystem& system, const QString& what, const QString& message,
+                           int bar)
+{
+    QCOMPARE(system.text("label_updates"), QStringLiteral("Updating Controller..finished"));
+    QCOMPARE(system.text("label_what"), what);
+    QCOMPARE(system.text("label_msg"), message);
+    QCOMPARE(system.bar()->value(), bar);
+}
+
+static void verifyButtons(const CameraSystem& system)
+{
+    QVERIFY(system.updateButton()->isEnabled());
+    QVERIFY(system.exitButton()->isEnabled());
+}
+
+static const QString SUCCESS = QStringLiteral("Update of camera successful");
+
 // ---- Passes that succeed
 
 void CameraCompletion::bringsACameraUpToDate()
@@ -202,9 +219,7 @@ void CameraCompletion::bringsACameraUpToDate()
     });
     ExpectedBox done = camerasDone();
     done.inspect = [&](QMessageBox&) {
-        QCOMPARE(system.text("label_updates"), QStringLiteral("Updating Controller..finished"));
-        QCOMPARE(system.text("label_msg"), QStringLiteral("Update of camera successful"));
-        QCOMPARE(system.bar()->value(), 100);
+        verifyFinished(system, QStringLiteral("Updating camera Camera C100"), SUCCESS, 100);
     };
     QCOMPARE(system.open(&log, boxesTo(done), pressUpdate), int(QDialog::Accepted));
 
@@ -217,8 +232,7 @@ void CameraCompletion::bringsACameraUpToDate()
     const QString state =
         QStringLiteral("Updating camera(s).. | Updating camera Camera C100 | buttons 0 0, file 1");
     QCOMPARE(states, (QStringList{state, state}));
-    QVERIFY(system.updateButton()->isEnabled());
-    QVERIFY(system.exitButton()->isEnabled());
+    verifyButtons(system);
 }
 
 void CameraCompletion::bringsCamerasUpToDateInRowOrder()
@@ -244,12 +258,16 @@ void CameraCompletion::bringsCamerasUpToDateInRowOrder()
                                  "Updating camera Camera C103"}));
 }
 
-static QStringList shownTypes(const DialogFixture& fixture)
+/// What the user does after looking at the types of the rows.
+static Act actOnRows(const QStringList& types, const Act& act)
 {
-    QStringList types;
-    for (int row = 0; row < fixture.table()->rowCount(); ++row)
-        types += fixture.table()->item(row, 1)->text();
-    return types;
+    return [=](DialogFixture& shown) {
+        QStringList shownTypes;
+        for (int row = 0; row < shown.table()->rowCount(); ++row)
+            shownTypes += shown.table()->item(row, 1)->text();
+        QCOMPARE(shownTypes, types);
+        act(shown);
+    };
 }
 
 void CameraCompletion::bringsControllersUpToDateFirst()
@@ -262,10 +280,7 @@ void CameraCompletion::bringsControllersUpToDateFirst()
     master.board = "\"SB330\"";
     system.start({camera("C100")}, master);
     system.open({controllerConfirmation(), startNotice(), restartOffer()},
-                [](DialogFixture& shown) {
-                    QCOMPARE(shownTypes(shown), QStringList{"Firmware update (alpha)"});
-                    pressUpdate(shown);
-                });
+                actOnRows({"Firmware update (alpha)"}, pressUpdate));
     // Nobody asks for cameras as long as a controller is behind.
     QCOMPARE(
         system.lines,
@@ -276,20 +291,15 @@ void CameraCompletion::bringsControllersUpToDateFirst()
 
     master.pt = "v3.1.0 2024-06-07";
     scriptMaster(&system.channel, master);
-    system.open(boxesTo(camerasDone()), [](DialogFixture& shown) {
-        QCOMPARE(shownTypes(shown), QStringList{"Camera firmware update (Camera C100)"});
-        QCOMPARE(shown.label("label_msg")->text(), QString());
-        pressUpdate(shown);
-    });
+    system.open(boxesTo(camerasDone()),
+                actOnRows({"Camera firmware update (Camera C100)"}, pressUpdate));
     QCOMPARE(system.lines.mid(system.lines.size() - 5), twoRecords("c01") + QStringList{DONE_LINE});
 
     scriptCameras(&system.channel, {camera("C100", "0x0a01", "v1.1.0")});
-    system.open({}, [](DialogFixture& shown) {
-        QCOMPARE(shownTypes(shown), QStringList());
-        QCOMPARE(shown.label("label_updates")->text(),
-                 QStringLiteral("Controller(s) and cameras are up to date"));
-        QVERIFY(!shown.updateButton()->isEnabled());
-    });
+    system.open({}, actOnRows({}, [](DialogFixture&) {}));
+    QCOMPARE(system.text("label_updates"),
+             QStringLiteral("Controller(s) and cameras are up to date"));
+    QVERIFY(!system.updateButton()->isEnabled());
 }
 
 void CameraCompletion::leavesOutACameraThatIsNotTicked()
@@ -308,9 +318,7 @@ void CameraCompletion::endsWellWithoutAnyTick()
     CameraSystem system({camera("C100", "0x0c01")});
     ExpectedBox done = camerasDone();
     done.inspect = [&](QMessageBox&) {
-        QCOMPARE(system.text("label_what"), QString());
-        QCOMPARE(system.text("label_msg"), QString());
-        QCOMPARE(system.bar()->value(), 0);
+        verifyFinished(system, QString(), QString(), 0);
     };
     system.open(boxesTo(done), [](DialogFixture& shown) {
         untick(shown, 0);
@@ -331,13 +339,9 @@ void CameraCompletion::goesOnAfterACameraThatFails()
     const int result = system.open(boxesTo(updateFailed()), [&](DialogFixture& shown) {
         pressUpdate(shown);
         QVERIFY(shown.dialog.isVisible());
-        QCOMPARE(system.text("label_updates"), QStringLiteral("Updating Controller..finished"));
-        QCOMPARE(system.text("label_what"), QStringLiteral("Updating camera Camera C102"));
-        QCOMPARE(system.text("label_msg"), QStringLiteral("Update of camera successful"));
-        QCOMPARE(shown.bar()->value(), 100);
+        verifyFinished(system, QStringLiteral("Updating camera Camera C102"), SUCCESS, 100);
+        verifyButtons(system);
         QCOMPARE(shown.table()->rowCount(), 3);
-        QVERIFY(shown.updateButton()->isEnabled());
-        QVERIFY(shown.exitButton()->isEnabled());
     });
     QCOMPARE(result, int(QDialog::Rejected));
     const QStringList tail = QStringList{sent("c01 2 1 BA")} + twoRecords("c02") +

@@ -9,11 +9,13 @@
 
 #include <QTimer>
 
-/// The message and the bar, as they stand in the dialog.
-struct Shown
+/// What the reader returned, what the dialog shows and how many records went out.
+struct Outcome
 {
+    int code;
     QString message;
     int bar;
+    int sentRecords;
 };
 
 /// The dialog as a reader of camera update files.
@@ -48,6 +50,14 @@ private:
         return result;
     }
 };
+
+static void verify(const Reading& reading, int result, const Outcome& expected)
+{
+    QCOMPARE(result, expected.code);
+    QCOMPARE(reading.message(), expected.message);
+    QCOMPARE(reading.bar()->value(), expected.bar);
+    QCOMPARE(reading.sentRecords(), expected.sentRecords);
+}
 
 class CameraReader : public QObject
 {
@@ -193,13 +203,19 @@ void CameraReader::namesTheFieldAtWhichAFileIsCut_data()
     QTest::newRow("while it is only read") << false;
 }
 
-static Shown shownAfterCut(int code, const QString& path)
+static Outcome outcomeOfFile(int code, const QString& path, int sentRecords)
 {
     if (code == 0)
-        return {QString(), 0};
-    if (code > -100)
-        return {QStringLiteral("cannot read file ") + path, 1};
-    return {QStringLiteral("update not successful ") + path, 1};
+        return {code, QString(), 0, sentRecords};
+    const char* const what = code > -100 ? "cannot read file " : "update not successful ";
+    return {code, QLatin1String(what) + path, 1, sentRecords};
+}
+
+static Outcome outcomeOfImage(int code, int sentRecords)
+{
+    if (code == 0)
+        return {code, QString(), 0, sentRecords};
+    return {code, QStringLiteral("cannot read file"), 1, sentRecords};
 }
 
 void CameraReader::namesTheFieldAtWhichAFileIsCut()
@@ -210,15 +226,12 @@ void CameraReader::namesTheFieldAtWhichAFileIsCut()
     QCOMPARE(bytes.size(), sizeOf(fields));
     Reading reading;
     for (int length = 0; length <= bytes.size(); ++length) {
-        const QByteArray context = "cut after " + QByteArray::number(length) + " bytes";
         const QString path = m_folder.write("cut", bytes.left(length));
-        const int code = codeOfTruncation(fields, length);
-        const Shown shown = shownAfterCut(code, path);
-        const int result = reading.read(path, bUpdate);
-        QVERIFY2(result == code, context + " gives " + QByteArray::number(result));
-        QVERIFY2(reading.message() == shown.message, context);
-        QVERIFY2(reading.bar()->value() == shown.bar, context);
-        QVERIFY2(reading.sentRecords() == (bUpdate ? recordsWithin(fields, length) : 0), context);
+        const int sentRecords = bUpdate ? recordsWithin(fields, length) : 0;
+        verify(reading, reading.read(path, bUpdate),
+               outcomeOfFile(codeOfTruncation(fields, length), path, sentRecords));
+        if (QTest::currentTestFailed())
+            QFAIL("cut after " + QByteArray::number(length) + " bytes");
     }
 }
 
@@ -229,13 +242,11 @@ void CameraReader::namesTheFieldAtWhichAnImageIsCut()
     const QByteArray bytes = cameraUpdateBytes(sampleFile()).mid(begin, sizeOf(fields));
     Reading reading;
     for (int length = 0; length <= bytes.size(); ++length) {
-        const QByteArray context = "cut after " + QByteArray::number(length) + " bytes";
         const MemoryStream stream(bytes.left(length));
-        const int code = codeOfTruncation(fields, length);
-        QVERIFY2(reading.readImage(stream.get()) == code, context);
-        QVERIFY2(reading.message() == (code == 0 ? QString() : "cannot read file"), context);
-        QVERIFY2(reading.bar()->value() == (code == 0 ? 0 : 1), context);
-        QVERIFY2(reading.sentRecords() == recordsWithin(fields, length), context);
+        verify(reading, reading.readImage(stream.get()),
+               outcomeOfImage(codeOfTruncation(fields, length), recordsWithin(fields, length)));
+        if (QTest::currentTestFailed())
+            QFAIL("cut after " + QByteArray::number(length) + " bytes");
     }
 }
 
@@ -284,11 +295,9 @@ void CameraReader::refusesAHead()
 {
     QFETCH(const QString, path);
     QFETCH(const int, code);
+    QFETCH(const QString, message);
     Reading reading;
-    QCOMPARE(reading.read(path), code);
-    QTEST(reading.message(), "message");
-    QCOMPARE(reading.bar()->value(), 1);
-    QCOMPARE(reading.channel.log(), QStringList());
+    verify(reading, reading.read(path), {code, message, 1, 0});
 }
 
 static CameraUpdateFile fileWithImages(const std::function<void(CameraImage&)>& changeSecond)
@@ -329,21 +338,18 @@ void CameraReader::refusesAnImage()
 {
     QFETCH(const CameraUpdateFile, file);
     QFETCH(const int, code);
+    QFETCH(const int, sentRecords);
     const QByteArray bytes = cameraUpdateBytes(file);
     const QString path = m_folder.write("image", bytes);
     Reading reading;
-    QCOMPARE(reading.read(path), code);
-    QCOMPARE(reading.message(), QStringLiteral("update not successful ") + path);
-    QCOMPARE(reading.bar()->value(), 1);
-    QTEST(reading.sentRecords(), "sentRecords");
+    verify(reading, reading.read(path), outcomeOfFile(code, path, sentRecords));
 
     // What stood there for a moment does not tell a wrong image from an unreadable one.
     const MemoryStream stream(bytes);
-    std::fseek(stream.get(), sizeOf(headFields() + imageFields(file.images.first())), SEEK_SET);
-    Reading momentary;
-    QCOMPARE(momentary.readImage(stream.get()), code);
-    QCOMPARE(momentary.message(), QStringLiteral("cannot read file"));
-    QCOMPARE(momentary.bar()->value(), 1);
+    const CameraImage& first = file.images.first();
+    std::fseek(stream.get(), sizeOf(headFields() + imageFields(first)), SEEK_SET);
+    verify(reading, reading.readImage(stream.get()),
+           outcomeOfImage(code, sentRecords - first.records.size()));
 }
 
 // ---- A file at the limits of the format
@@ -403,13 +409,10 @@ void CameraReader::takesTheLimitsOfTheFormat()
 {
     QFETCH(const QByteArray, bytes);
     QFETCH(const int, code);
+    QFETCH(const int, sentRecords);
     const QString path = m_folder.write("limit", bytes);
-    const Shown shown = shownAfterCut(code, path);
     Reading reading;
-    QCOMPARE(reading.read(path), code);
-    QCOMPARE(reading.message(), shown.message);
-    QCOMPARE(reading.bar()->value(), shown.bar);
-    QTEST(reading.sentRecords(), "sentRecords");
+    verify(reading, reading.read(path), outcomeOfFile(code, path, sentRecords));
 }
 
 void CameraReader::findsAFileByItsLatin1Name()

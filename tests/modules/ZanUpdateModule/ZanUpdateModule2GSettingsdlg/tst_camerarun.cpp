@@ -291,34 +291,34 @@ static int imageOffset(const CameraUpdateFile& file)
 using Script = std::function<void(ScriptedChannel&)>;
 Q_DECLARE_METATYPE(Script)
 
+/// One of the three functions with what it returned, and what should stand in the dialog now.
+static void verify(CameraRowFixture& fixture, int result, int code, const QString& message, int bar,
+                   const QStringList& log)
+{
+    QCOMPARE(result, code);
+    QCOMPARE(fixture.message(), message);
+    QCOMPARE(fixture.bar()->value(), bar);
+    QCOMPARE(fixture.channel.takeLog(), log);
+    QVERIFY(!m_progressTimer(fixture.dialog)->isActive());
+}
+
 /// Runs the file on a channel of that script, through each of the three functions, and checks the
 /// result, what is shown and what was sent.
 static void verifyOutcome(CameraRowFixture& fixture, const CameraUpdateFile& file,
                           const Script& script, int code, const QStringList& log)
 {
     const Messages messages = messagesOf(code, fixture.path);
-    const int barOfFile = code == 0 ? 0 : 1;
+    const int bar = code == 0 ? 0 : 1;
 
     script(fixture.channel);
     const MemoryStream stream(cameraUpdateBytes(file));
     std::fseek(stream.get(), imageOffset(file), SEEK_SET);
-    QCOMPARE(readCameraUpdateInfo(fixture.dialog, stream.get(), true, 0, 30.0), code);
-    QCOMPARE(fixture.channel.takeLog(), log);
-    QCOMPARE(fixture.message(), messages.ofImage);
-    QCOMPARE(fixture.bar()->value(), barOfFile);
-    QVERIFY(!m_progressTimer(fixture.dialog)->isActive());
-
+    verify(fixture, readCameraUpdateInfo(fixture.dialog, stream.get(), true, 0, 30.0), code,
+           messages.ofImage, bar, log);
     script(fixture.channel);
-    QCOMPARE(fixture.read(30.0), code);
-    QCOMPARE(fixture.channel.takeLog(), log);
-    QCOMPARE(fixture.message(), messages.ofFile);
-    QCOMPARE(fixture.bar()->value(), barOfFile);
-
+    verify(fixture, fixture.read(30.0), code, messages.ofFile, bar, log);
     script(fixture.channel);
-    QCOMPARE(fixture.run(), code);
-    QCOMPARE(fixture.channel.takeLog(), log);
-    QCOMPARE(fixture.message(), messages.ofRow);
-    QCOMPARE(fixture.bar()->value(), messages.bar);
+    verify(fixture, fixture.run(), code, messages.ofRow, messages.bar, log);
     QCOMPARE(fixture.what(), QStringLiteral("Updating camera Camera C100"));
 }
 
@@ -344,7 +344,7 @@ void CameraRun::looksAtEveryReply_data()
     row("the error of a camera", "vornix2 err -26", -300);
     row("the error with its number in quotes", "vornix2 err \"-26\"", -300);
     row("the error with a quote inside its number", "vornix2 err -2\"6", -300);
-    row("the error in further quotes", "vornix2 err\" -26\"\"", -300);
+    row("the error in further quotes", R"(vornix2 err" -26"")", -300);
     row("the error with more behind it", "vornix2 err -26 camera is busy", -300);
     row("a number that only begins like it", "vornix2 err -261", -300);
     rowOf(

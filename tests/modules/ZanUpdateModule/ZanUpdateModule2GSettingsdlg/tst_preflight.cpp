@@ -44,6 +44,7 @@ private slots:
     void stopsWithTheAnswerNo();
     void stopsAMeasurement_data();
     void stopsAMeasurement();
+    void looksAtRepliesAlone();
     void givesUpIfTheMeasurementGoesOn_data();
     void givesUpIfTheMeasurementGoesOn();
     void asksWhetherSlavesAreWoken_data();
@@ -55,6 +56,7 @@ private slots:
     void runsTheRowsThatAreSelectedAndPossible();
     void namesWhatRuns_data();
     void namesWhatRuns();
+    void namesACameraThatIsNotSelected();
     void countsACameraThatIsNotSelectedAsDone();
     void saysSoIfNothingRan();
 };
@@ -174,23 +176,29 @@ void PreFlight::forgetsWhatItFoundBefore()
 
 void PreFlight::refusesDiscontinuedControllers_data()
 {
+    QTest::addColumn<QByteArray>("hostname");
     QTest::addColumn<int>("masterRows");
     QTest::addColumn<int>("slaveRows");
     QTest::addColumn<QString>("names");
-    QTest::newRow("a master") << 1 << 0 << "alpha (SN 4711)";
-    QTest::newRow("a slave") << 0 << 1 << "beta (SN 517)";
-    QTest::newRow("a master and a slave") << 1 << 1 << "alpha (SN 4711), beta (SN 517)";
+    const QByteArray alpha("alpha");
+    QTest::newRow("a master") << alpha << 1 << 0 << "alpha (SN 4711)";
+    QTest::newRow("a slave") << alpha << 0 << 1 << "beta (SN 517)";
+    QTest::newRow("a master and a slave") << alpha << 1 << 1 << "alpha (SN 4711), beta (SN 517)";
     QTest::newRow("a master with two rows stands there for each")
-        << 2 << 0 << "alpha (SN 4711), alpha (SN 4711)";
+        << alpha << 2 << 0 << "alpha (SN 4711), alpha (SN 4711)";
+    QTest::newRow("a name that looks like placeholders")
+        << QByteArray("%1%2") << 1 << 0 << "%1%2 (SN 4711)";
 }
 
 void PreFlight::refusesDiscontinuedControllers()
 {
+    QFETCH(const QByteArray, hostname);
     QFETCH(const int, masterRows);
     QFETCH(const int, slaveRows);
     QFETCH(const QString, names);
     DialogFixture fixture;
     ScriptedController boardless;
+    boardless.hostname = hostname;
     boardless.board = "";
     ZanController* master = fixture.addMaster(boardless);
     ZanController* slave = fixture.addSlave(slaveWith(517));
@@ -321,7 +329,8 @@ void PreFlight::warnsOfTheStepAcrossVersion3_data()
         << QStringList{"2.5.0>2.9.0", "3.0.0>3.5.0"} << true;
     QTest::newRow("an image does not count against a lower version behind it")
         << QStringList{"3.0.0>3.5.0", "2.5.0>2.9.0"} << false;
-    QTest::newRow("the highest offer counts") << QStringList{"2.5.0>3.2.0", "2.5.0>3.1.0"} << true;
+    QTest::newRow("the highest offer counts, also if it comes first")
+        << QStringList{"2.5.0>3.1.0", "1.5.0>2.9.0"} << true;
     QTest::newRow("rows that are not selected do not count")
         << QStringList{"3.0.0>3.1.0", "(2.5.0>3.1.0)"} << false;
     QTest::newRow("not from 4.2.0 to 4.3.0") << QStringList{"4.2.0>4.3.0"} << false;
@@ -579,6 +588,17 @@ void PreFlight::stopsAMeasurement()
     QCOMPARE(linesOfChain(&fixture, true), lines);
 }
 
+// What the two calls return does not count.
+void PreFlight::looksAtRepliesAlone()
+{
+    DialogFixture fixture;
+    addGoodRow(&fixture);
+    fixture.channel.on("status active").fail("mea");
+    fixture.channel.on("vornix2 tracking stop").fail("vornix2 ok");
+    QCOMPARE(linesOfChain(&fixture, true),
+             (QStringList{STATUS_LINE, STOP_LINE, WOL_LINE, START_LINE}));
+}
+
 void PreFlight::givesUpIfTheMeasurementGoesOn_data()
 {
     QTest::addColumn<QByteArray>("reply");
@@ -687,6 +707,7 @@ void PreFlight::cancelEndsItBeforeTheRun()
     addGoodRow(&fixture);
     fixture.channel.on("status active").reply("mea");
     showMessageInDialog(fixture.dialog, QStringLiteral("before"), 42);
+    nBlocksMustUpdate(fixture.dialog) = 42;
     RunLog log(&fixture);
     log.expect(controllerConfirmation());
     ExpectedBox start = startNotice(static_cast<QMessageBox::StandardButton>(button));
@@ -702,6 +723,7 @@ void PreFlight::cancelEndsItBeforeTheRun()
     QCOMPARE(log.lines(), (QStringList{HARDWARE_LINE, CONFIRMATION_LINE, STATUS_LINE, STOP_LINE,
                                        WOL_LINE, START_LINE}));
     QCOMPARE(fixture.label("label_updates")->text(), QStringLiteral("Updates are necessary"));
+    QCOMPARE(nBlocksMustUpdate(fixture.dialog), 42);
     QVERIFY(fixture.updateButton()->isEnabled());
     QVERIFY(fixture.exitButton()->isEnabled());
 }
@@ -779,6 +801,21 @@ void PreFlight::namesWhatRuns()
                        during = fixture.label("label_updates")->text();
                });
     QTEST(during, "text");
+}
+
+// Seen in front of a controller, whose row leaves the text alone.
+void PreFlight::namesACameraThatIsNotSelected()
+{
+    DialogFixture fixture;
+    fixture.addCameraRow(anyCameraFile())->setToBeUpdated(Qt::Unchecked);
+    addGoodRow(&fixture);
+    fixture.channel.onPoll().fail();
+    QString during;
+    runThrough(&fixture, controllerConfirmation(), updateFailed(), [&](const QString& call) {
+        if (call == QLatin1String("poll_reply 3"))
+            during = fixture.label("label_updates")->text();
+    });
+    QCOMPARE(during, QStringLiteral("Updating camera(s).."));
 }
 
 void PreFlight::countsACameraThatIsNotSelectedAsDone()

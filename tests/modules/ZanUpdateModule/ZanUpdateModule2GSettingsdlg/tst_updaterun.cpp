@@ -529,11 +529,11 @@ void UpdateRun::channelThatDiesFails()
     QTEST(fixture.label("label_msg")->text(), "message");
     QTEST(fixture.bar()->value(), "bar");
     // The other release is not even begun, and nobody is restarted.
-    QCOMPARE(log.lines().filter(QStringLiteral("DA")), QStringList());
-    QCOMPARE(log.lines().filter(QStringLiteral("send_command")), QStringList());
-    QCOMPARE(log.lines().last(), QStringLiteral("box Update failed!"));
-    QVERIFY(fixture.updateButton()->isEnabled());
-    QVERIFY(fixture.exitButton()->isEnabled());
+    const QStringList lines = log.lines();
+    QCOMPARE(lines.filter(QStringLiteral("DA")) + lines.filter(QStringLiteral("send_command")),
+             QStringList());
+    QCOMPARE(lines.last(), QStringLiteral("box Update failed!"));
+    QVERIFY(fixture.updateButton()->isEnabled() && fixture.exitButton()->isEnabled());
 }
 
 ZAN_WIDGET_TEST_MAIN(UpdateRun)

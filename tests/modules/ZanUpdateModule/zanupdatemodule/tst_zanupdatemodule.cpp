@@ -3,6 +3,7 @@
 #include <ZanUpdateModule2GSettingsdlg.h>
 #include <comparing.h>
 #include <imagefixtures.h>
+#include <markingtranslator.h>
 #include <modaldriver.h>
 #include <newfeaturedialog.h>
 #include <privateaccess.h>
@@ -49,11 +50,13 @@ private slots:
     void exemptsBriarscopeFromThePrompt_data();
     void exemptsBriarscopeFromThePrompt();
     void countsControllersAsUpToDateWithoutImages();
+    void countsAPreReleaseOfTheNewestVersionAsBehind();
     void asksForCameras_data();
     void asksForCameras();
     void offersTheViewerFirst();
     void offersTheUpdateDialogSecond();
     void keepsTheSpareRecordUnused();
+    void speaksTheUsersLanguage();
     void menuEntriesOpenTheirWindows();
     void buildsItsDialogsOnce();
     void asksTheChannelNothingForAnObserver();
@@ -305,6 +308,17 @@ void TestZanUpdateModule::countsControllersAsUpToDateWithoutImages()
     QVERIFY(controllerIsUpToDate(*fixture.module));
 }
 
+void TestZanUpdateModule::countsAPreReleaseOfTheNewestVersionAsBehind()
+{
+    ModuleFixture fixture;
+    fixture.deliverControllerImage(false);
+    ScriptedController master;
+    master.pt = "v3.1.0-beta.1 2024-05-06";
+    scriptMaster(&fixture.channel, master);
+    fixture.giveParameters();
+    QVERIFY(!controllerIsUpToDate(*fixture.module));
+}
+
 void TestZanUpdateModule::asksForCameras_data()
 {
     QTest::addColumn<bool>("isBehind");
@@ -380,6 +394,22 @@ void TestZanUpdateModule::keepsTheSpareRecordUnused()
     QVERIFY(!elements.contains(&gui_zanUpdateModule(*fixture.module)));
     QVERIFY(!gui_zanUpdateModule(*fixture.module).menu_entry);
     QVERIFY(!gui_zanUpdateModule(*fixture.module).content);
+}
+
+void TestZanUpdateModule::speaksTheUsersLanguage()
+{
+    const MarkingTranslator translator("ZanUpdateModule");
+    ModuleFixture fixture;
+    fixture.giveParameters();
+    QStringList texts{fixture.module->get_module_name()};
+    for (const _GuiElement* element : fixture.module->get_gui_elements()) {
+        const QAction& action = *element->menu_entry;
+        texts << element->menu_name << action.text() << action.statusTip() << action.whatsThis();
+    }
+
+    QCOMPARE(texts.size(), 9);
+    QCOMPARE(texts.filter(QRegExp(QStringLiteral("^\\* "))), texts);
+    QCOMPARE(fixture.module->get_module_version(), QStringLiteral("v2.0.0"));
 }
 
 void TestZanUpdateModule::menuEntriesOpenTheirWindows()
