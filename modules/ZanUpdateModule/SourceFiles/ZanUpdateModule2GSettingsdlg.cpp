@@ -787,23 +787,29 @@ ZanUpdateModule2GSettingsdlg::streamBlock(FILE* stream, const ZanData& update, i
     return streamRecords(reader, head, update, index, ith);
 }
 
-static const char* commandWord(ZAN_UPDATE_TYPE type)
+struct ZanUpdateModule2GSettingsdlg::BlockCommand
 {
-    switch (type) {
-    case ZAN_FIRMWARE_UPDATE:
-        return "update";
-    case ZAN_SYSTEM_UPDATE:
-        return "ctupdt";
-    default:
-        return "";
+    const char* word;
+    int lastReplyTimeoutMs;
+
+    static BlockCommand of(ZAN_UPDATE_TYPE type)
+    {
+        switch (type) {
+        case ZAN_FIRMWARE_UPDATE:
+            return {"update", 20000};
+        case ZAN_SYSTEM_UPDATE:
+            return {"ctupdt", 120000};
+        default:
+            return {"", 20000};
+        }
     }
-}
+};
 
 ZanUpdateModule2GSettingsdlg::BlockOutcome
 ZanUpdateModule2GSettingsdlg::streamRecords(LittleEndianReader& reader, const ImageBlockHead& head,
                                             const ZanData& update, int index, int ith)
 {
-    const char* senderCmd = commandWord(update.getUpdateBlock(index)->type);
+    const BlockCommand command = BlockCommand::of(update.getUpdateBlock(index)->type);
     UpdateRecord dat;
     char cmd[LONG_TEXT_BYTES];
     for (int sent = 0; sent < head.recordCount; ++sent) {
@@ -817,7 +823,7 @@ ZanUpdateModule2GSettingsdlg::streamRecords(LittleEndianReader& reader, const Im
                     iValProgressBar};
         }
         _dat2ascii(cmd, dat.data, dat.length);
-        BlockOutcome outcome = sendRecord(senderCmd, position, cmd);
+        BlockOutcome outcome = sendRecord(command, position, cmd);
         if (outcome.result != 0)
             return outcome;
     }
@@ -826,13 +832,14 @@ ZanUpdateModule2GSettingsdlg::streamRecords(LittleEndianReader& reader, const Im
 
 // Only the last record of a block waits for the controller's final answer.
 ZanUpdateModule2GSettingsdlg::BlockOutcome
-ZanUpdateModule2GSettingsdlg::sendRecord(const char* senderCmd, const BlockPosition& position,
+ZanUpdateModule2GSettingsdlg::sendRecord(const BlockCommand& command, const BlockPosition& position,
                                          const char* cmd)
 {
     const bool isLast = position.icmd == position.ncmd;
     if (isLast)
-        iom->prepare_reply(1, qstrcmp(senderCmd, "ctupdt") == 0 ? 120000 : 20000, 1);
-    int failed = iom->set_value("system %s %d %d %s", senderCmd, position.ncmd, position.icmd, cmd);
+        iom->prepare_reply(1, command.lastReplyTimeoutMs, 1);
+    int failed =
+        iom->set_value("system %s %d %d %s", command.word, position.ncmd, position.icmd, cmd);
     if (isLast)
         failed = iom->poll_reply(3);
     if (failed == 0)
@@ -859,7 +866,7 @@ int ZanUpdateModule2GSettingsdlg::do_cam_update(ZanDisplay* display)
 {
     if (!display->toBeUpdated())
         return 0;
-    showWhatInDialog(QStringLiteral("Updating cameras"));
+    showWhatInDialog(QStringLiteral("Updating cameras")); // replaced at once, on purpose
     showWhatInDialog(QStringLiteral("Updating camera %1 %2")
                          .arg(display->getCamModelDesc(), display->getCamSerial()));
     const CamUpdateData& file = *display->getCamUpdate();
@@ -1078,6 +1085,12 @@ void ZanUpdateModule2GSettingsdlg::doProgressTimer()
 
 // ---- Completion and restart
 
+// The bare name only, and not the family: a BRIARSCOPE3 restarts like any controller, on purpose.
+static bool isPlainBriarscope(const BackendVersions* beVers)
+{
+    return beVers->zanModel() == QLatin1String("BRIARSCOPE");
+}
+
 void ZanUpdateModule2GSettingsdlg::showMessageUpdateSuccessful(int err, bool bCascade,
                                                                ZanModuleServer* zanMServ)
 {
@@ -1091,7 +1104,7 @@ void ZanUpdateModule2GSettingsdlg::showMessageUpdateSuccessful(int err, bool bCa
     }
     CompletionTexts texts = completionTexts(bCascade, zanMServ);
     const bool isCameraUpdate = zanMServ->isCameraUpdate();
-    if (!isCameraUpdate && beVers->zanModel() != QLatin1String("BRIARSCOPE"))
+    if (!isCameraUpdate && !isPlainBriarscope(beVers))
         texts.informative += tr("If yes VORNIX3 will be closed");
 
     QMessageBox box(this);
@@ -1140,7 +1153,7 @@ ZanUpdateModule2GSettingsdlg::completionTexts(bool bCascade, ZanModuleServer* za
                 tr("Do you want to restart the Cascaded System now?\n(This restart may take a few "
                    "minutes. Do not switch off the Cascaded System during restart.)\n\n")};
     }
-    if (beVers->zanModel() == QLatin1String("BRIARSCOPE")) {
+    if (isPlainBriarscope(beVers)) {
         return {tr("The BRIARSCOPE is updated successfully and must be restarted."),
                 tr("Do you want to shut down the BRIARSCOPE now?\n\nAfter pressing yes, please "
                    "wait until the BRIARSCOPE power LED turns off,\nthen manually power cycle the "
@@ -1179,7 +1192,7 @@ void ZanUpdateModule2GSettingsdlg::restart()
 {
     announceShutdown();
     ReplyBuffer<> result;
-    if (beVers->zanModel() == QLatin1String("BRIARSCOPE"))
+    if (isPlainBriarscope(beVers))
         (void)iom->send_command(result.forReply(), "vornix2 system shutdown");
     else
         (void)iom->send_command(result.forReply(), "vornix2 system reboot");

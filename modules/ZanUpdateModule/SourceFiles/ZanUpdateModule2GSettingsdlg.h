@@ -74,6 +74,8 @@ private:
         QString message;
         int progress = 0;
     };
+    /// How the records of a kind of block are sent.
+    struct BlockCommand;
     /// A record's place in its block and the block's place in the run.
     struct BlockPosition
     {
@@ -134,7 +136,8 @@ private:
     BlockOutcome streamBlock(FILE* stream, const ZanData& update, int index, int ith);
     BlockOutcome streamRecords(LittleEndianReader& reader, const ImageBlockHead& head,
                                const ZanData& update, int index, int ith);
-    BlockOutcome sendRecord(const char* senderCmd, const BlockPosition& position, const char* cmd);
+    BlockOutcome sendRecord(const BlockCommand& command, const BlockPosition& position,
+                            const char* cmd);
     void showBlockProgress(const BlockPosition& position);
     int _dat2ascii(char* str, const unsigned char* dat, int ndat);
     unsigned char _get_b6word(const unsigned char* dat, int ndat, int boffset);

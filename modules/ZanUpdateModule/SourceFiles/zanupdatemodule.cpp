@@ -122,15 +122,13 @@ bool ZanUpdateModule::hasZanValidIP()
     iom->get_address(reply.forReply());
     const QString address = reply.latin1();
     const int factoryAddress[] = {192, 168, 0, 1};
-    bool isFactoryAddress = true;
     for (int i = 0; i < 4; ++i) {
         bool isNumber = false;
         const int number = address.section(QLatin1Char('.'), i, i).toInt(&isNumber);
-        if (!isNumber)
+        if (!isNumber || number != factoryAddress[i])
             return true;
-        isFactoryAddress = isFactoryAddress && number == factoryAddress[i];
     }
-    return !isFactoryAddress;
+    return false;
 }
 
 void ZanUpdateModule::about_to_exit_module()
@@ -140,15 +138,11 @@ void ZanUpdateModule::about_to_exit_module()
 
 void ZanUpdateModule::exit_module()
 {
-    if (gui_whatisnew.content) {
-        delete gui_whatisnew.content;
-        gui_whatisnew.content = nullptr;
-        m_new_feature_dialog = nullptr;
+    for (GuiElement* element : {&gui_whatisnew, &gui_zanUpdateDlg}) {
+        delete element->content;
+        element->content = nullptr;
     }
-    if (gui_zanUpdateDlg.content) {
-        delete gui_zanUpdateDlg.content;
-        gui_zanUpdateDlg.content = nullptr;
-        zanUpdateDlg = nullptr;
-    }
+    m_new_feature_dialog = nullptr;
+    zanUpdateDlg = nullptr;
     gui_elements.clear();
 }
