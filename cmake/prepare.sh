@@ -9,7 +9,7 @@
 #   build PRESET [TARGET...]        builds the targets, or everything
 #
 # Progress is shown on a terminal only. Elsewhere a step that fails prints the end of its log,
-# which stands in build/PRESET.
+# which stands in build/ (packages) or build/PRESET.
 
 project_dir=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
@@ -51,9 +51,10 @@ Please have them installed; that takes root, and there is no sudo here."
         root_command=(sudo)
     fi
     say "Installing what is missing: $*"
-    "${root_command[@]}" apt-get update -qq
-    "${root_command[@]}" env DEBIAN_FRONTEND=noninteractive \
-        apt-get install --yes -qq --no-install-recommends "$@"
+    mkdir -p "$project_dir/build"
+    run_logged "$project_dir/build/packages.log" "${root_command[@]}" \
+        env DEBIAN_FRONTEND=noninteractive sh -c \
+        'apt-get update -qq && apt-get install --yes -qq --no-install-recommends "$@"' sh "$@"
 }
 
 need_packages() {
