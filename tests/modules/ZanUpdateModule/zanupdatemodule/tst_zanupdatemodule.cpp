@@ -412,7 +412,8 @@ void TestZanUpdateModule::speaksTheUsersLanguage()
     QCOMPARE(fixture.module->get_module_version(), QStringLiteral("v2.0.0"));
 }
 
-// The preferences of a user who has seen the notes: nothing opens by itself, however slow a test is.
+// The preferences of a user who has seen the notes: nothing opens by itself, however slow a test
+// is.
 static void keepTheStartQuiet(const ModuleFixture& fixture)
 {
     writeFixture(fixture.preferencesFile(), "<VORNIX><WHATISNEW/></VORNIX>");
