@@ -76,7 +76,7 @@ run_logged() {
         "$@"
     elif ! "$@" >"$log" 2>&1; then
         tail -n 60 "$log" >&2
-        die "That failed; the whole log is $log"
+        die "That failed; the whole log stands in $log"
     fi
 }
 
