@@ -110,7 +110,7 @@ static void start(ModuleFixture* fixture, const Course& course)
     fixture->module->get_gui_elements();
     QCOMPARE(bShowNewFeatures(fixture->dialog()), course.flagAfterLoading);
     fixture->channel.post_message("UpdateModule", "Main_Window", 1, "v3.1.0");
-    QTRY_VERIFY(!isSingleShotUnderWay());
+    QVERIFY(waitForSingleShots());
     QVERIFY2(driver.isDone(), qPrintable(driver.missing()));
     QCOMPARE(fixture->channel.messagesTo(QStringLiteral("standard")).size(), course.messages);
 }

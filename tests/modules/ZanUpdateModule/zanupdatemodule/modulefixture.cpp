@@ -7,6 +7,7 @@
 
 #include <QAbstractEventDispatcher>
 #include <QFile>
+#include <QtTest>
 
 #include <algorithm>
 
@@ -64,7 +65,7 @@ void ModuleFixture::deliverCameraFile(bool isCameraBehind)
     scriptCameras(&channel, {camera});
 }
 
-void ModuleFixture::deliverNotes()
+void ModuleFixture::deliverNotes() const
 {
     for (const char* name : {"v3_0_0.html", "v3_1_0.html"})
         delivered.deliverNote(QLatin1String(name), "<html><body><p>text</p></body></html>");
@@ -78,12 +79,12 @@ void ModuleFixture::giveParameters(bool isObserver)
     module->set_param(QStringLiteral("ObserverMode"), isObserver);
 }
 
-NewFeatureDialog* ModuleFixture::viewer()
+NewFeatureDialog* ModuleFixture::viewer() const
 {
     return window->findChild<NewFeatureDialog*>();
 }
 
-ZanUpdateModule2GSettingsdlg* ModuleFixture::dialog()
+ZanUpdateModule2GSettingsdlg* ModuleFixture::dialog() const
 {
     return window->findChild<ZanUpdateModule2GSettingsdlg*>();
 }
@@ -135,7 +136,7 @@ QVector<int> armedSingleShots()
     return delays;
 }
 
-bool isSingleShotUnderWay()
+bool waitForSingleShots()
 {
-    return !singleShots().isEmpty();
+    return QTest::qWaitFor([] { return singleShots().isEmpty(); });
 }

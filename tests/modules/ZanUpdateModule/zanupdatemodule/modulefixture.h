@@ -37,13 +37,13 @@ public:
     /// Delivers a file that brings the camera's model to 1.1.0. @param isCameraBehind at 1.0.0
     void deliverCameraFile(bool isCameraBehind);
     /// Delivers the notes of 3.0.0 and 3.1.0.
-    void deliverNotes();
+    void deliverNotes() const;
 
     /// Gives the plug-in all its parameters.
     void giveParameters(bool isObserver = false);
 
-    NewFeatureDialog* viewer();
-    ZanUpdateModule2GSettingsdlg* dialog();
+    NewFeatureDialog* viewer() const;
+    ZanUpdateModule2GSettingsdlg* dialog() const;
 
     QString preferencesFile() const;
     /// The bytes of the preferences file; null if there is none.
@@ -69,5 +69,6 @@ QStringList cameraRowQuery();
 
 /// The delays of the one-shot timers that wait for their time, ascending.
 QVector<int> armedSingleShots();
-/// Whether a one-shot timer waits for its time, or what it called has not returned yet.
-bool isSingleShotUnderWay();
+/// Waits until every one-shot timer has had its time and what it called has returned.
+/// @return whether that came to an end within some seconds
+bool waitForSingleShots();

@@ -225,7 +225,7 @@ void TestStartup::decidesOnce()
     fixture.channel.post_message("UpdateModule", "Main_Window", 1, "v3.1.0");
     fixture.channel.takeLog();
 
-    QTRY_VERIFY(!isSingleShotUnderWay());
+    QVERIFY(waitForSingleShots());
     QVERIFY2(driver.isDone(), qPrintable(driver.missing()));
     QCOMPARE(driver.seen(), start.windows);
     QCOMPARE(fixture.channel.log(), start.callsOfTimers);
@@ -254,7 +254,7 @@ void TestStartup::opensTheDialogFirstAndWarnsOnTopOfIt()
 
     clock.start();
     fixture.module->get_gui_elements();
-    QTRY_VERIFY(!isSingleShotUnderWay());
+    QVERIFY(waitForSingleShots());
     QVERIFY2(driver.isDone(), qPrintable(driver.missing()));
 }
 
@@ -292,7 +292,7 @@ void TestStartup::hostMayTurnTheDialogOff()
     const QList<_GuiElement*> elements = fixture.module->get_gui_elements();
     for (const QByteArray& message : messages)
         fixture.channel.post_message("UpdateModule", "Main_Window", 1, message.constData());
-    QTRY_VERIFY(!isSingleShotUnderWay());
+    QVERIFY(waitForSingleShots());
     QVERIFY2(driver.isDone(), qPrintable(driver.missing()));
 
     // The menu entry opens it regardless.
@@ -311,7 +311,7 @@ void TestStartup::warnsOfTheAddressWithoutTheDialog()
     fixture.module->get_gui_elements();
     fixture.channel.post_message("UpdateModule", "Main_Window", 1,
                                  "NotCheckForOldFrontendOrBackend");
-    QTRY_VERIFY(!isSingleShotUnderWay());
+    QVERIFY(waitForSingleShots());
     QVERIFY2(driver.isDone(), qPrintable(driver.missing()));
     QVERIFY(!fixture.dialog()->isVisible());
 }

@@ -642,7 +642,7 @@ void TestZanUpdateModule::buildsAnewAfterItsExit()
     const QStringList firstStart = fixture.channel.takeLog();
     fixture.module->exit_module();
     QCOMPARE(armedSingleShots(), QVector<int>{500}); // of a dialog that is gone
-    QTRY_VERIFY(!isSingleShotUnderWay());
+    QVERIFY(waitForSingleShots());
 
     const QList<_GuiElement*> elements = fixture.module->get_gui_elements();
     QCOMPARE(elements.size(), 2);
