@@ -5,6 +5,7 @@
 #include <QByteArray>
 #include <QString>
 
+#include <functional>
 #include <optional>
 
 /// The line to the controllers: carries one text at a time and brings back the reply to it.
@@ -25,6 +26,23 @@ public:
     /// @return nullopt if the time has run out, the connection is lost or nothing was sent
     virtual std::optional<Reply> wait(int timeoutMs) = 0;
 
+    /// Whether the controllers answer, as far as is known without a question.
+    virtual bool isReachable() const = 0;
+
     /// Address of the connected controller, as dotted IPv4 text.
     virtual QString address() const = 0;
+
+    /// Sets what is done now and then during waits of more than a moment, so that windows are not
+    /// left unpainted. It must not send anything.
+    void setIdleWork(const std::function<void()>& work) { m_idleWork = work; }
+
+protected:
+    void doIdleWork() const
+    {
+        if (m_idleWork)
+            m_idleWork();
+    }
+
+private:
+    std::function<void()> m_idleWork;
 };

@@ -1,6 +1,6 @@
 #include "connectionpanel.h"
 
-#include <simulatedsystem.h>
+#include <testbench.h>
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -20,7 +20,7 @@ static QLabel* makeTitle()
     return title;
 }
 
-ConnectionPanel::ConnectionPanel(SimulatedSystem& system, QWidget* parent)
+ConnectionPanel::ConnectionPanel(TestBench& system, QWidget* parent)
     : QStackedWidget(parent), m_system(system), m_clock(new QTimer(this)), m_title(makeTitle()),
       m_details(new QLabel), m_remaining(new QLabel), m_bar(new QProgressBar),
       m_power(new QPushButton(tr("Give &power to the controllers")))
@@ -58,7 +58,7 @@ QWidget* ConnectionPanel::makeWaitingPage()
     line->addWidget(m_bar, 1);
     line->addWidget(m_remaining, 1);
     m_power->setObjectName(QStringLiteral("pushButton_power"));
-    connect(m_power, &QPushButton::clicked, &m_system, &SimulatedSystem::powerCycle);
+    connect(m_power, &QPushButton::clicked, &m_system, &TestBench::powerCycle);
     line->addWidget(m_power);
     layout->addLayout(line);
     return page;

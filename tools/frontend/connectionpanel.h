@@ -6,7 +6,7 @@ class QLabel;
 class QProgressBar;
 class QPushButton;
 class QTimer;
-class SimulatedSystem;
+class TestBench;
 
 /// The head of the main window: what the frontend is connected to or, while the controllers do not
 /// answer, a page that says so and how long it will be.
@@ -16,7 +16,7 @@ class ConnectionPanel : public QStackedWidget
 
 public:
     /// @param system must outlive the panel
-    explicit ConnectionPanel(SimulatedSystem& system, QWidget* parent = nullptr);
+    explicit ConnectionPanel(TestBench& system, QWidget* parent = nullptr);
 
     /// @param details one line about the backend
     void showConnected(const QString& details);
@@ -27,7 +27,7 @@ private:
     QWidget* makeWaitingPage();
     void updateWaiting();
 
-    SimulatedSystem& m_system;
+    TestBench& m_system;
     QTimer* m_clock;
     QLabel* m_title;
     QLabel* m_details;

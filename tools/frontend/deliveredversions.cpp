@@ -82,7 +82,7 @@ void DeliveredVersions::add(const CameraUpdateFile& file)
     }
 }
 
-QStringList DeliveredVersions::missingIn(const SimulatedSystem& system) const
+QStringList DeliveredVersions::missingIn(const TestBench& system) const
 {
     QStringList missing;
     for (const ControllerState& controller : system.controllers()) {

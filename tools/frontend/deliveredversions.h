@@ -1,6 +1,6 @@
 #pragma once
 
-#include <simulatedsystem.h>
+#include <testbench.h>
 
 #include <QHash>
 #include <QStringList>
@@ -24,7 +24,7 @@ public:
 
     /// One line for each device of @p system that does not run the newest versions that there are
     /// for its model, or was not found again. A controller that is not available is left out.
-    QStringList missingIn(const SimulatedSystem& system) const;
+    QStringList missingIn(const TestBench& system) const;
 
 private:
     /// What there is for one family of controllers.

@@ -104,14 +104,14 @@ static QVector<DeviceColumn<CameraState>> cameraColumns()
     };
 }
 
-DeviceTable<ControllerState>* makeControllerTable(const SimulatedSystem& system, QObject* parent)
+DeviceTable<ControllerState>* makeControllerTable(const TestBench& system, QObject* parent)
 {
     return new DeviceTable<ControllerState>(
         [&system]() -> const QVector<ControllerState>& { return system.controllers(); },
         controllerColumns(), parent);
 }
 
-DeviceTable<CameraState>* makeCameraTable(const SimulatedSystem& system, QObject* parent)
+DeviceTable<CameraState>* makeCameraTable(const TestBench& system, QObject* parent)
 {
     return new DeviceTable<CameraState>(
         [&system]() -> const QVector<CameraState>& { return system.cameras(); }, cameraColumns(),

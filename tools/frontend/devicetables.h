@@ -1,6 +1,6 @@
 #pragma once
 
-#include <simulatedsystem.h>
+#include <testbench.h>
 
 #include <QAbstractTableModel>
 
@@ -82,5 +82,5 @@ private:
 };
 
 /// Tables of the devices of @p system, which must outlive them.
-DeviceTable<ControllerState>* makeControllerTable(const SimulatedSystem& system, QObject* parent);
-DeviceTable<CameraState>* makeCameraTable(const SimulatedSystem& system, QObject* parent);
+DeviceTable<ControllerState>* makeControllerTable(const TestBench& system, QObject* parent);
+DeviceTable<CameraState>* makeCameraTable(const TestBench& system, QObject* parent);

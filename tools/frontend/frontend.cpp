@@ -2,6 +2,7 @@
 
 #include "connectionpanel.h"
 #include "logview.h"
+#include "simulatedaccess.h"
 #include "theme.h"
 #include "version.h"
 
@@ -30,9 +31,16 @@ QString Frontend::homeFolder(const QString& stateDir)
 }
 
 Frontend::Frontend(Scenario scenario, const Options& options)
-    : m_options(options), m_observer(options.observer || scenario.observer),
-      m_system(std::move(scenario)),
-      m_link(m_system, options.fast ? SimulatorLink::Pace::Fast : SimulatorLink::Pace::Device),
+    : Frontend(std::make_unique<SimulatedAccess>(std::move(scenario),
+                                                 options.fast ? SimulatorLink::Pace::Fast
+                                                              : SimulatorLink::Pace::Device),
+               options)
+{
+}
+
+Frontend::Frontend(std::unique_ptr<SystemAccess> access, const Options& options)
+    : m_options(options), m_access(std::move(access)), m_system(m_access->bench()),
+      m_link(m_access->link()), m_observer(options.observer || m_system.scenario().observer),
       m_channel(m_link), m_window(m_system, m_observer),
       m_logReceiver(
           [this](const QString& sender, const QString& text) { m_window.log().add(sender, text); }),
@@ -51,7 +59,7 @@ Frontend::Frontend(Scenario scenario, const Options& options)
     m_link.setIdleWork([] { QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents); });
     connect(&m_window, &MainWindow::themeChanged, this, &Frontend::tellTheme);
     connect(&m_window, &MainWindow::hardwareSearchWanted, this, &Frontend::searchForHardware);
-    connect(&m_system, &SimulatedSystem::stateNotSaved, this, &Frontend::log);
+    connect(&m_system, &TestBench::trouble, this, &Frontend::log);
     applyTheme(options.dark);
     m_window.setDarkTheme(options.dark);
 
@@ -62,11 +70,6 @@ Frontend::Frontend(Scenario scenario, const Options& options)
 Frontend::~Frontend()
 {
     leaveModule();
-}
-
-QString Frontend::stateFile(const QString& name) const
-{
-    return m_options.stateDir + QLatin1Char('/') + name;
 }
 
 bool Frontend::prepare(QString* error)
@@ -80,18 +83,17 @@ bool Frontend::prepare(QString* error)
         return false;
     }
     if (m_options.fresh)
-        forgetState();
-    QString damage;
-    if (!m_system.loadState(stateFile(QStringLiteral("system.json")), &damage))
+        forgetHome();
+    const QString damage = m_access->keepState(m_options.stateDir, m_options.fresh);
+    if (!damage.isEmpty())
         log(tr("The state was set aside: %1").arg(damage));
 
     m_module = loadModule(m_options.pluginFile, error);
     return m_module != nullptr;
 }
 
-void Frontend::forgetState()
+void Frontend::forgetHome()
 {
-    QFile::remove(stateFile(QStringLiteral("system.json")));
     QDir(homeFolder(m_options.stateDir)).removeRecursively();
     QDir().mkpath(homeFolder(m_options.stateDir));
 }
@@ -103,7 +105,7 @@ void Frontend::log(const QString& text)
 
 void Frontend::run()
 {
-    if (!m_system.isReachable())
+    if (!m_link.isReachable())
         m_window.connection().showWaiting();
     m_window.show();
     log(tr("Simulated system: %1").arg(m_system.scenario().title));
@@ -117,7 +119,7 @@ void Frontend::run()
 // while a window of its own runs an event loop, so that has to end first.
 void Frontend::followSystem()
 {
-    const bool isReachable = m_system.isReachable();
+    const bool isReachable = m_link.isReachable();
     m_wasUnreachable = m_wasUnreachable || !isReachable;
     if (QThread::currentThread()->loopLevel() > 1)
         return;

@@ -4,7 +4,7 @@
 #include "mainwindow.h"
 #include "modulesession.h"
 #include "options.h"
-#include "simulatorlink.h"
+#include "systemaccess.h"
 #include "textreceiver.h"
 
 #include <QLockFile>
@@ -12,8 +12,8 @@
 
 #include <memory>
 
-/// The frontend as a whole: the simulated system, the channel to it, the window and the module that
-/// takes part as long as the controllers answer.
+/// The frontend as a whole: the access to the system, the channel to it, the window and the module
+/// that takes part as long as the controllers answer.
 ///
 /// To be made after the application object, and with HOME set to homeFolder().
 class Frontend : public QObject
@@ -24,6 +24,8 @@ public:
     /// The folder below @p stateDir that stands in for the user's home.
     static QString homeFolder(const QString& stateDir);
 
+    Frontend(std::unique_ptr<SystemAccess> access, const Options& options);
+    /// For a system that is simulated here.
     Frontend(Scenario scenario, const Options& options);
     ~Frontend() override;
 
@@ -36,11 +38,10 @@ public:
     void run();
 
     MainWindow& window() { return m_window; }
-    const SimulatedSystem& system() const { return m_system; }
+    const TestBench& system() const { return m_system; }
 
 private:
-    QString stateFile(const QString& name) const;
-    void forgetState();
+    void forgetHome();
     void log(const QString& text);
     void followSystem();
     void enterModule();
@@ -52,9 +53,10 @@ private:
     void tellModule(const char* text);
 
     Options m_options;
+    std::unique_ptr<SystemAccess> m_access;
+    TestBench& m_system;
+    CommandLink& m_link;
     bool m_observer;
-    SimulatedSystem m_system;
-    SimulatorLink m_link;
     HostChannel m_channel;
     MainWindow m_window;
     TextReceiver m_logReceiver;

@@ -25,8 +25,7 @@ static constexpr std::chrono::seconds PATIENCE(180);
     std::_Exit(Hanging);
 }
 
-static ExitCode judge(const SimulatedSystem& system, const QStringList& refusals,
-                      Narrator& narrator)
+static ExitCode judge(const TestBench& system, const QStringList& refusals, Narrator& narrator)
 {
     const auto tell = [&](const QString& text) {
         narrator.tell(QStringLiteral("result"), text);

@@ -6,7 +6,7 @@
 #include "theme.h"
 #include "version.h"
 
-#include <simulatedsystem.h>
+#include <testbench.h>
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -30,7 +30,7 @@ constexpr int menuHelp = 700;
 
 } // namespace
 
-MainWindow::MainWindow(SimulatedSystem& system, bool observer, QWidget* parent)
+MainWindow::MainWindow(TestBench& system, bool observer, QWidget* parent)
     : QMainWindow(parent), m_system(system), m_observer(observer), m_menus(menuBar()),
       m_connection(new ConnectionPanel(system)), m_equipment(new SystemView(system)),
       m_log(new LogView), m_measurement(new QLabel)
@@ -42,7 +42,7 @@ MainWindow::MainWindow(SimulatedSystem& system, bool observer, QWidget* parent)
     setCentralWidget(makeContent());
     makeStatusBar();
     adaptSize();
-    connect(&system, &SimulatedSystem::changed, this, &MainWindow::followSystem);
+    connect(&system, &TestBench::changed, this, &MainWindow::followSystem);
     followSystem();
     qApp->installEventFilter(this);
 }

@@ -10,7 +10,7 @@
 class ConnectionPanel;
 class LogView;
 class QLabel;
-class SimulatedSystem;
+class TestBench;
 class SystemView;
 
 /// The frontend's window: menus, the state of the connection, the simulated equipment and the log.
@@ -22,7 +22,7 @@ class MainWindow : public QMainWindow
 public:
     /// @param system must outlive the window
     /// @param observer whether the user may only look on
-    MainWindow(SimulatedSystem& system, bool observer, QWidget* parent = nullptr);
+    MainWindow(TestBench& system, bool observer, QWidget* parent = nullptr);
 
     ConnectionPanel& connection() { return *m_connection; }
     LogView& log() { return *m_log; }
@@ -64,7 +64,7 @@ private:
     void followSystem();
     void showAbout();
 
-    SimulatedSystem& m_system;
+    TestBench& m_system;
     bool m_observer;
     OrderedMenus m_menus;
     ConnectionPanel* m_connection;

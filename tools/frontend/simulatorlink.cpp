@@ -35,6 +35,11 @@ std::optional<Reply> SimulatorLink::wait(int timeoutMs)
     return std::exchange(m_reply, std::nullopt);
 }
 
+bool SimulatorLink::isReachable() const
+{
+    return m_system.isReachable();
+}
+
 QString SimulatorLink::address() const
 {
     return m_system.scenario().address();
@@ -51,7 +56,7 @@ void SimulatorLink::pass(qint64 ms) const
     const qint64 endMs = m_clock.elapsed() + ms;
     for (qint64 leftMs = ms; leftMs > 0; leftMs = endMs - m_clock.elapsed()) {
         QThread::msleep(static_cast<unsigned long>(qMin(leftMs, IDLE_SLICE_MS)));
-        if (m_idleWork && leftMs > IDLE_SLICE_MS)
-            m_idleWork();
+        if (leftMs > IDLE_SLICE_MS)
+            doIdleWork();
     }
 }

@@ -4,8 +4,6 @@
 
 #include <QElapsedTimer>
 
-#include <functional>
-
 /// The line to a system that is simulated in this process.
 class SimulatorLink : public CommandLink
 {
@@ -21,11 +19,8 @@ public:
 
     void send(Operation operation, const QByteArray& text) override;
     std::optional<Reply> wait(int timeoutMs) override;
+    bool isReachable() const override;
     QString address() const override;
-
-    /// Sets what is done now and then during waits of more than a moment, so that windows are not
-    /// left unpainted. It must not send anything.
-    void setIdleWork(const std::function<void()>& work) { m_idleWork = work; }
 
 private:
     qint64 msUntilReply() const;
@@ -37,5 +32,4 @@ private:
     QElapsedTimer m_clock;
     std::optional<Reply> m_reply;
     qint64 m_replyAtMs = 0;
-    std::function<void()> m_idleWork;
 };

@@ -102,7 +102,7 @@ QHBoxLayout* rightAligned(QWidget* widget)
 
 } // namespace
 
-SystemView::SystemView(SimulatedSystem& system, QWidget* parent)
+SystemView::SystemView(TestBench& system, QWidget* parent)
     : QWidget(parent), m_system(system), m_controllers(makeControllerTable(system, this)),
       m_cameras(makeCameraTable(system, this))
 {
@@ -116,7 +116,7 @@ SystemView::SystemView(SimulatedSystem& system, QWidget* parent)
     m_refresh.setSingleShot(true);
     m_refresh.setInterval(refreshMs);
     connect(&m_refresh, &QTimer::timeout, this, &SystemView::refresh);
-    connect(&system, &SimulatedSystem::changed, this, [this] {
+    connect(&system, &TestBench::changed, this, [this] {
         if (!m_refresh.isActive())
             m_refresh.start();
     });
@@ -130,7 +130,7 @@ QWidget* SystemView::makeControllers()
     auto* power = new QPushButton(tr("Power-c&ycle the controllers"));
     power->setObjectName(QStringLiteral("pushButton_powerCycleControllers"));
     power->setStatusTip(tr("Take power off all controllers and give it back"));
-    connect(power, &QPushButton::clicked, &m_system, &SimulatedSystem::powerCycle);
+    connect(power, &QPushButton::clicked, &m_system, &TestBench::powerCycle);
     layout->addLayout(rightAligned(power));
     return group;
 }

@@ -16,7 +16,7 @@ class SystemView : public QWidget
 
 public:
     /// @param system must outlive the view
-    explicit SystemView(SimulatedSystem& system, QWidget* parent = nullptr);
+    explicit SystemView(TestBench& system, QWidget* parent = nullptr);
 
 private:
     QWidget* makeControllers();
@@ -24,7 +24,7 @@ private:
     void refresh();
     void powerCycleSelectedCameras();
 
-    SimulatedSystem& m_system;
+    TestBench& m_system;
     DeviceTable<ControllerState>* m_controllers;
     DeviceTable<CameraState>* m_cameras;
     QTableView* m_cameraView = nullptr;

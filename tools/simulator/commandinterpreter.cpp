@@ -80,7 +80,7 @@ Reply CommandInterpreter::execute(Operation operation, const QByteArray& text)
         return notAnswered(Delivery::ConnectionLost);
 
     const Request request = read(operation, text);
-    const std::optional<Fault> fault = m_system.faults().takeForExchange(momentOf(request));
+    const std::optional<Fault> fault = m_system.takeFault(momentOf(request));
     Reply reply = fault ? answerWithFault(*fault, request) : answer(request);
     // A reply text that says "no" is as good as any other for the one who sends a command.
     if (operation == Operation::Command && reply.delivery == Delivery::Answered)

@@ -35,7 +35,7 @@ void setAside(const QString& path)
 } // namespace
 
 SimulatedSystem::SimulatedSystem(Scenario scenario, Clock nowMs, QObject* parent)
-    : QObject(parent), m_scenario(std::move(scenario)), m_nowMs(std::move(nowMs)),
+    : TestBench(parent), m_scenario(std::move(scenario)), m_nowMs(std::move(nowMs)),
       m_measurement(m_scenario.measurement), m_faults(m_scenario.faults)
 {
     if (!m_nowMs)
@@ -102,7 +102,7 @@ bool SimulatedSystem::saveState()
     const QByteArray json = stateToJson(memory());
     if (file.open(QIODevice::WriteOnly) && file.write(json) == json.size() && file.commit())
         return true;
-    emit stateNotSaved(QStringLiteral("%1: %2").arg(m_stateFile, file.errorString()));
+    emit trouble(QStringLiteral("%1: %2").arg(m_stateFile, file.errorString()));
     return false;
 }
 
@@ -141,6 +141,26 @@ void SimulatedSystem::powerCycle()
     for (int index = 0; index < m_controllers.size(); ++index)
         m_controllers[index].available = m_scenario.controllers.at(index).available;
     goDown(Power::Restarting);
+}
+
+void SimulatedSystem::armFault(const Fault& fault)
+{
+    m_faults.add(fault);
+    emit changed();
+}
+
+void SimulatedSystem::disarmFaults()
+{
+    m_faults.clear();
+    emit changed();
+}
+
+std::optional<Fault> SimulatedSystem::takeFault(const ExchangeMoment& moment)
+{
+    const std::optional<Fault> fault = m_faults.takeForExchange(moment);
+    if (fault)
+        emit changed();
+    return fault;
 }
 
 int SimulatedSystem::slaveAt(const QString& address) const

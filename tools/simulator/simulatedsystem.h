@@ -4,8 +4,8 @@
 #include "devicestates.h"
 #include "scenario.h"
 #include "systemstate.h"
+#include "testbench.h"
 
-#include <QObject>
 #include <QTimer>
 
 #include <functional>
@@ -14,7 +14,7 @@
 ///
 /// All time is told by a clock of milliseconds that is handed in; nothing here waits. To be used
 /// from one thread, the one it lives in.
-class SimulatedSystem : public QObject
+class SimulatedSystem : public TestBench
 {
     Q_OBJECT
 
@@ -24,19 +24,18 @@ public:
     /// @param nowMs milliseconds since 1970; the machine's clock if none is given
     explicit SimulatedSystem(Scenario scenario, Clock nowMs = {}, QObject* parent = nullptr);
 
-    const Scenario& scenario() const { return m_scenario; }
-    const QVector<ControllerState>& controllers() const { return m_controllers; } ///< master first
-    const QVector<CameraState>& cameras() const { return m_cameras; }
-    Measurement measurement() const { return m_measurement; }
-
-    /// Faults that are armed; live controls add to them.
-    FaultPlan& faults() { return m_faults; }
-
-    /// Whether the system answers: it has power and is not restarting.
-    bool isReachable() const { return m_power == Power::On; }
-
-    /// Milliseconds until the system answers again: 0 if it does, -1 if it waits for power.
-    qint64 msUntilReachable() const;
+    const Scenario& scenario() const override { return m_scenario; }
+    const QVector<ControllerState>& controllers() const override { return m_controllers; }
+    const QVector<CameraState>& cameras() const override { return m_cameras; }
+    Measurement measurement() const override { return m_measurement; }
+    const QVector<Fault>& armedFaults() const override { return m_faults.armed(); }
+    bool isReachable() const override { return m_power == Power::On; }
+    qint64 msUntilReachable() const override;
+    void setMeasuring(bool measuring) override;
+    void powerCycleCamera(int index) override;
+    void powerCycle() override;
+    void armFault(const Fault& fault) override;
+    void disarmFaults() override;
 
     /// Whether each controller that is available runs at least @p pt and @p ct. One that runs
     /// exactly @p pt must carry @p appendix as well, so that a pre-release is not taken for the
@@ -53,20 +52,8 @@ public:
 
     /// Writes the state to the file of loadState(); done by itself at every change of versions,
     /// power or measurement. Without such a file it does nothing and succeeds.
-    /// @return false after stateNotSaved()
+    /// @return false after trouble()
     bool saveState();
-
-    // What people do to the equipment.
-
-    /// Starts or ends a measurement; does nothing while the system is down.
-    void setMeasuring(bool measuring);
-
-    /// Takes power off camera @p index, from 0, and gives it back: what it received runs from then
-    /// on, and the controller no longer knows it until searchHardware(). Other indexes do nothing.
-    void powerCycleCamera(int index);
-
-    /// Takes power off the system, if it has any, and gives it back: a restart begins.
-    void powerCycle();
 
     // What requests do. The interpreter has checked that the system is reachable.
 
@@ -90,6 +77,8 @@ public:
     /// @return false if the measurement refuses to stop
     bool stopMeasurement();
     void searchHardware();
+    /// The first fault that strikes at @p moment, taken off the count of its times.
+    std::optional<Fault> takeFault(const ExchangeMoment& moment);
     void restart();  ///< asked for, or after a power failure; what was staged runs from then on
     void shutDown(); ///< until powerCycle()
 
@@ -97,12 +86,6 @@ public slots:
     /// Does what is due by the clock, above all the end of a restart. It is called by itself where
     /// an event loop runs, and before every request.
     void settle();
-
-signals:
-    /// Something that the views show has changed.
-    void changed();
-    /// The state could not be written; @p reason names the file.
-    void stateNotSaved(const QString& reason);
 
 private:
     bool applyRestartFaults();

@@ -42,10 +42,12 @@ public:
         return reply;
     }
 
+    bool isReachable() const override { return reachable; }
     QString address() const override { return linkAddress; }
 
     QStringList log;
     QVector<int> waitedMs; ///< time-outs in the order of the waits
+    bool reachable = true;
     QString linkAddress = QStringLiteral("192.168.7.20");
 
 private:

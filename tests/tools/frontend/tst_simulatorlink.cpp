@@ -77,7 +77,7 @@ private slots:
     {
         QFETCH(const int, timeoutMs);
         SimulatedSystem system(timedScenario(0, 0));
-        system.faults().add(faultAt(FaultMode::AnswerLate, "system hostname", 30000));
+        system.armFault(faultAt(FaultMode::AnswerLate, "system hostname", 30000));
         SimulatorLink link(system, SimulatorLink::Pace::Fast);
         QElapsedTimer elapsed;
         elapsed.start();
@@ -101,7 +101,7 @@ private slots:
     void silenceLastsUntilTheTimeOut()
     {
         SimulatedSystem system(timedScenario(0, 0));
-        system.faults().add(faultAt(FaultMode::StaySilent, "system hostname"));
+        system.armFault(faultAt(FaultMode::StaySilent, "system hostname"));
         SimulatorLink link(system, SimulatorLink::Pace::Device);
         QElapsedTimer elapsed;
         elapsed.start();
@@ -133,7 +133,7 @@ private slots:
     void idleWorkIsDoneDuringLongWaitsOnly()
     {
         SimulatedSystem system(timedScenario(0, 0));
-        system.faults().add(faultAt(FaultMode::AnswerLate, "system net", 300));
+        system.armFault(faultAt(FaultMode::AnswerLate, "system net", 300));
         SimulatorLink link(system, SimulatorLink::Pace::Device);
         int idle = 0;
         link.setIdleWork([&] { ++idle; });

@@ -59,7 +59,7 @@ Scenario quickScenario(const QString& name)
     return scenario;
 }
 
-QStringList versionsOf(const SimulatedSystem& system)
+QStringList versionsOf(const TestBench& system)
 {
     QStringList versions;
     for (const ControllerState& controller : system.controllers())

@@ -386,7 +386,7 @@ void CommandInterpreterTest::faultAtARequest()
     Fault fault;
     fault.mode = mode;
     fault.request = "s";
-    equipment.system.faults().add(fault);
+    equipment.system.armFault(fault);
     const Reply reply = equipment.interpreter.execute(operation, "system hostname");
     QTEST(reply.ok, "ok");
     QTEST(reply.delivery, "delivery");

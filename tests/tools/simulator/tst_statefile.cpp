@@ -240,7 +240,7 @@ void StateFileTest::failureToWriteIsReported()
 {
     m_folder->write(QStringLiteral("deeper"), "a file where the folder should be");
     Process process(QStringLiteral("single"), m_path);
-    QSignalSpy failures(&process.system, &SimulatedSystem::stateNotSaved);
+    QSignalSpy failures(&process.system, &SimulatedSystem::trouble);
     QVERIFY(!process.system.saveState());
     QCOMPARE(failures.count(), 1);
     QVERIFY(failures.first().first().toString().startsWith(m_path + QStringLiteral(": ")));

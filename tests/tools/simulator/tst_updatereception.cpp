@@ -204,7 +204,7 @@ void UpdateReceptionTest::missingSlaveDoesNotRestart()
     Fault fault;
     fault.mode = FaultMode::NeverComeBack;
     fault.device = QStringLiteral("zan-left");
-    equipment.system.faults().add(fault);
+    equipment.system.armFault(fault);
     equipment.command("vornix2 system reboot");
     equipment.bringUp();
     QCOMPARE(equipment.controller(1).pt, QStringLiteral("v3.1.0 2025-03-14"));
@@ -313,7 +313,7 @@ static void arm(Equipment* equipment, FaultMode mode)
 {
     Fault fault;
     fault.mode = mode;
-    equipment->system.faults().add(fault);
+    equipment->system.armFault(fault);
 }
 
 void UpdateReceptionTest::everyFaultOfARunCanBeRepeatedAway_data()
@@ -333,7 +333,7 @@ void UpdateReceptionTest::everyFaultOfARunCanBeRepeatedAway()
         equipment.bringUp();
         ++runs;
     }
-    QVERIFY(equipment.system.faults().armed().isEmpty());
+    QVERIFY(equipment.system.armedFaults().isEmpty());
     // What the device received in full is not lost with its answer.
     const bool firstRunWorks = mode == FaultMode::AnswerLate || mode == FaultMode::NeverComeBack;
     QCOMPARE(runs, firstRunWorks ? 1 : 2);
@@ -358,7 +358,7 @@ void UpdateReceptionTest::everyFaultOfACameraCanBeRepeatedAway()
     }
     equipment.system.powerCycleCamera(0);
     equipment.command("vornix2 reinit");
-    QVERIFY(equipment.system.faults().armed().isEmpty());
+    QVERIFY(equipment.system.armedFaults().isEmpty());
     QCOMPARE(equipment.getString("camera version c01"), QByteArray("v1.4.0"));
 }
 
@@ -410,7 +410,7 @@ void UpdateReceptionTest::comesBackOld()
     Fault fault;
     fault.mode = FaultMode::ComeBackOld;
     fault.device = QStringLiteral("zan-left");
-    equipment.system.faults().add(fault);
+    equipment.system.armFault(fault);
     for (const QByteArray target : {"none", "192.168.7.21", "192.168.7.22"}) {
         equipment.set("system redirect_update " + target);
         equipment.send("system update", trackingSoftware({3, 3, 0}));
@@ -452,7 +452,7 @@ void UpdateReceptionTest::slaveThatNeverComesBackIsMissing()
     Fault fault;
     fault.mode = FaultMode::NeverComeBack;
     fault.device = QStringLiteral("zan-right");
-    equipment.system.faults().add(fault);
+    equipment.system.armFault(fault);
     equipment.command("vornix2 system reboot");
     equipment.waitMs(8000);
     const QByteArray query = "cascade connected_slave_available 192.168.7.22";

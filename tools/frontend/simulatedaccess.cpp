@@ -1,0 +1,20 @@
+#include "simulatedaccess.h"
+
+#include <QFile>
+
+#include <utility>
+
+SimulatedAccess::SimulatedAccess(Scenario scenario, SimulatorLink::Pace pace)
+    : m_system(std::move(scenario)), m_link(m_system, pace)
+{
+}
+
+QString SimulatedAccess::keepState(const QString& stateDir, bool fresh)
+{
+    const QString file = stateDir + QLatin1String("/system.json");
+    if (fresh)
+        QFile::remove(file);
+    QString damage;
+    m_system.loadState(file, &damage);
+    return damage;
+}
