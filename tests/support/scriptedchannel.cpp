@@ -37,6 +37,11 @@ ScriptedAnswers& ScriptedAnswers::fail(const QByteArray& leftBehind)
     return add({1, leftBehind, true, true});
 }
 
+ScriptedAnswers& ScriptedAnswers::failWith(int result)
+{
+    return add({result, QByteArray(), false, false});
+}
+
 ScriptedAnswers& ScriptedAnswers::add(const Answer& answer)
 {
     m_answers.append(answer);

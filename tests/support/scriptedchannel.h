@@ -26,6 +26,8 @@ public:
     ScriptedAnswers& succeed();
     /// Failure that leaves @p leftBehind in the buffer: whoever shows it trusted a failed query.
     ScriptedAnswers& fail(const QByteArray& leftBehind = QByteArrayLiteral("31 not to be trusted"));
+    /// Failure with a number of its own that writes nothing.
+    ScriptedAnswers& failWith(int result);
 
 private:
     friend class ScriptedChannel;

@@ -1,10 +1,8 @@
 #include "hostchannel.h"
 
 #include <MessageReceiver.h>
+#include <recordingchannel.h>
 
-#include <QVarLengthArray>
-
-#include <cstdio>
 #include <cstring>
 
 static constexpr int SUCCESS = 0;
@@ -13,21 +11,6 @@ static constexpr int FAILURE = 1;
 static int result(bool ok)
 {
     return ok ? SUCCESS : FAILURE;
-}
-
-__attribute__((format(printf, 1, 0))) static QByteArray expand(const char* format,
-                                                               va_list arguments)
-{
-    QVarLengthArray<char, 1024> text(1024);
-    va_list again;
-    va_copy(again, arguments);
-    const int length = std::vsnprintf(text.data(), static_cast<size_t>(text.size()), format, again);
-    va_end(again);
-    if (length >= text.size()) {
-        text.resize(length + 1);
-        std::vsnprintf(text.data(), static_cast<size_t>(text.size()), format, arguments);
-    }
-    return QByteArray(text.data(), qMax(0, length));
 }
 
 static void copyReply(char* target, const QByteArray& text)
@@ -54,37 +37,25 @@ void HostChannel::prepare_reply(int /*kind*/, int timeoutMs, int /*pollFollows*/
 
 int HostChannel::send_command(char* reply, const char* format, ...)
 {
-    va_list arguments;
-    va_start(arguments, format);
-    const QByteArray text = expand(format, arguments);
-    va_end(arguments);
+    IOMANAGER_TEXT(text, format);
     return sendOrStart(Operation::Command, text, reply);
 }
 
 int HostChannel::set_value(const char* format, ...)
 {
-    va_list arguments;
-    va_start(arguments, format);
-    const QByteArray text = expand(format, arguments);
-    va_end(arguments);
+    IOMANAGER_TEXT(text, format);
     return sendOrStart(Operation::SetValue, text, nullptr);
 }
 
 int HostChannel::get_string(char* value, const char* format, ...)
 {
-    va_list arguments;
-    va_start(arguments, format);
-    const QByteArray text = expand(format, arguments);
-    va_end(arguments);
+    IOMANAGER_TEXT(text, format);
     return result(takeReply(exchange(Operation::GetString, text), value));
 }
 
 int HostChannel::get_int(int* value, const char* format, ...)
 {
-    va_list arguments;
-    va_start(arguments, format);
-    const QByteArray text = expand(format, arguments);
-    va_end(arguments);
+    IOMANAGER_TEXT(text, format);
     const std::optional<Reply> reply = exchange(Operation::GetInt, text);
     if (!reply || !reply->ok)
         return FAILURE;

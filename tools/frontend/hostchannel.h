@@ -7,8 +7,6 @@
 #include <QElapsedTimer>
 #include <QMap>
 
-#include <cstdarg>
-
 /// The frontend's command channel: expands the texts, keeps to the time-outs, and delivers messages
 /// between modules. To be used from the user interface thread.
 ///
