@@ -49,7 +49,11 @@ int SearchHardwareDlg::update_and_exec()
         ui.pushButton_cancel->hide();
         QTimer::singleShot(100, this, SLOT(on_pushButton_ok_clicked()));
     }
-    return exec();
+    const int result = exec();
+    // A quit of the application ends the loop before the timer; the reply still goes into m_res.
+    if (m_isReplyDue)
+        onTimer();
+    return result;
 }
 
 void SearchHardwareDlg::on_pushButton_ok_clicked()
@@ -63,12 +67,14 @@ void SearchHardwareDlg::on_pushButton_ok_clicked()
     // Cleared, so that what an earlier use left here cannot pass for a reply.
     std::memset(m_res, 0, sizeof m_res);
     iom->prepare_reply(1, timeoutSeconds * 1000, 0);
+    m_isReplyDue = true;
     (void)iom->send_command(m_res, "vornix2 reinit");
     QTimer::singleShot(1000, this, SLOT(onTimer()));
 }
 
 void SearchHardwareDlg::onTimer()
 {
+    m_isReplyDue = false;
     // Waits for the outcome; the decision rests on the text alone.
     (void)iom->poll_reply(3);
     if (qstrncmp(m_res, "vornix2 ok", sizeof m_res) == 0)

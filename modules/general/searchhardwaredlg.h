@@ -41,4 +41,5 @@ private:
     int timeoutSeconds = 0;
     char m_res[200] = {};
     QString m_type;
+    bool m_isReplyDue = false; ///< m_res has to live until poll_reply() has returned
 };

@@ -442,7 +442,8 @@ bool ZanUpdateModule2GSettingsdlg::passesChecks()
             QMessageBox::Ok);
         return false;
     }
-    if (warnInstallNewFirmware(server()) == QMessageBox::No || !stopMeasurement())
+    // A quit of the application ends the box without an answer, which is no consent.
+    if (warnInstallNewFirmware(server()) != QMessageBox::Yes || !stopMeasurement())
         return false;
     askForWolSlaves();
     return true;
@@ -656,7 +657,7 @@ bool ZanUpdateModule2GSettingsdlg::confirmStart()
     QMessageBox box(QMessageBox::Information, tr("VORNIX3"),
                     tr("Don't stop the update process until it is finished!"),
                     QMessageBox::Ok | QMessageBox::Cancel, this);
-    return box.exec() != QMessageBox::Cancel;
+    return box.exec() == QMessageBox::Ok; // and not without an answer, as above
 }
 
 void ZanUpdateModule2GSettingsdlg::startUpdate()
