@@ -69,6 +69,13 @@ ScriptedAnswers& ScriptedChannel::onPoll()
     return m_polls = ScriptedAnswers();
 }
 
+void ScriptedChannel::recover()
+{
+    m_isDead = false;
+    m_isPrepared = false;
+    m_lateTarget = nullptr;
+}
+
 QStringList ScriptedChannel::logOf(const QString& prefix) const
 {
     QStringList lines;

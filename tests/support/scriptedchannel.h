@@ -87,6 +87,8 @@ public:
     ScriptedAnswers& onPoll();
     /// From now on everything fails, whatever has been scripted.
     void die() { m_isDead = true; }
+    /// As if it had not died; what was prepared before is lost.
+    void recover();
     /// What get_address() writes; 127.0.0.1 unless set.
     void setAddress(const QByteArray& address) { m_address = address; }
     /// Called after each call is logged and before it is answered, with the line of the log: the

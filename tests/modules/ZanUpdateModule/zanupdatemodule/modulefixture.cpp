@@ -7,9 +7,12 @@
 
 #include <QAbstractEventDispatcher>
 #include <QFile>
+#include <QPointer>
 #include <QtTest>
 
 #include <algorithm>
+#include <utility>
+#include <vector>
 
 // Qt keeps the object behind QTimer::singleShot() as a child of the thread's event dispatcher until
 // what it calls has returned.
@@ -134,6 +137,24 @@ QVector<int> armedSingleShots()
     }
     std::sort(delays.begin(), delays.end());
     return delays;
+}
+
+void fireSingleShots()
+{
+    using Timer = std::pair<int, QPointer<QObject>>;
+    std::vector<Timer> timers;
+    for (QObject* timer : singleShots()) {
+        const auto infos = QAbstractEventDispatcher::instance()->registeredTimers(timer);
+        if (!infos.isEmpty())
+            timers.emplace_back(infos.first().interval, timer);
+    }
+    std::sort(timers.begin(), timers.end(),
+              [](const Timer& a, const Timer& b) { return a.first < b.first; });
+    for (const Timer& timer : timers) {
+        QTimerEvent event(0); // it does not look at the number
+        if (timer.second)
+            QCoreApplication::sendEvent(timer.second, &event);
+    }
 }
 
 bool waitForSingleShots()

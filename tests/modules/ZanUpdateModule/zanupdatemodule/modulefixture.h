@@ -69,6 +69,8 @@ QStringList cameraRowQuery();
 
 /// The delays of the one-shot timers that wait for their time, ascending.
 QVector<int> armedSingleShots();
+/// Lets the one-shot timers that wait fire now, in the order of their delays.
+void fireSingleShots();
 /// Waits until every one-shot timer has had its time and what it called has returned.
 /// @return whether that came to an end within some seconds
 bool waitForSingleShots();
