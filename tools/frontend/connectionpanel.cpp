@@ -79,6 +79,14 @@ void ConnectionPanel::showWaiting()
     m_clock->start();
 }
 
+QString ConnectionPanel::remainingText(qint64 leftMs) const
+{
+    if (!m_system.isAtHand())
+        return tr("Nobody simulates them at the moment.");
+    return leftMs >= 0 ? tr("about %1 s").arg((leftMs + 999) / 1000)
+                       : tr("They do not come back by themselves.");
+}
+
 void ConnectionPanel::updateWaiting()
 {
     const qint64 leftMs = m_system.msUntilReachable();
@@ -86,7 +94,6 @@ void ConnectionPanel::updateWaiting()
     const int bootMs = m_system.scenario().timing.bootMs;
     m_bar->setRange(0, qMax(1, bootMs));
     m_bar->setValue(hasPower ? bootMs - static_cast<int>(leftMs) : 0);
-    m_remaining->setText(hasPower ? tr("about %1 s").arg((leftMs + 999) / 1000)
-                                  : tr("They do not come back by themselves."));
-    m_power->setVisible(!hasPower);
+    m_remaining->setText(remainingText(leftMs));
+    m_power->setVisible(!hasPower && m_system.isAtHand());
 }

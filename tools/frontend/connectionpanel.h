@@ -26,6 +26,7 @@ private:
     QWidget* makeConnectedPage();
     QWidget* makeWaitingPage();
     void updateWaiting();
+    QString remainingText(qint64 leftMs) const;
 
     TestBench& m_system;
     QTimer* m_clock;

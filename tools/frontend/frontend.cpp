@@ -11,6 +11,7 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QScopedValueRollback>
 #include <QStatusBar>
 #include <QThread>
 
@@ -31,10 +32,7 @@ QString Frontend::homeFolder(const QString& stateDir)
 }
 
 Frontend::Frontend(Scenario scenario, const Options& options)
-    : Frontend(std::make_unique<SimulatedAccess>(std::move(scenario),
-                                                 options.fast ? SimulatorLink::Pace::Fast
-                                                              : SimulatorLink::Pace::Device),
-               options)
+    : Frontend(std::make_unique<SimulatedAccess>(std::move(scenario), options.fast), options)
 {
 }
 
@@ -56,7 +54,10 @@ Frontend::Frontend(std::unique_ptr<SystemAccess> access, const Options& options)
     m_channel.register_receiver("standard", &m_logReceiver);
     m_channel.register_receiver(MAIN_WINDOW, &m_windowReceiver);
     // Windows stay painted during long waits, but nothing can be clicked.
-    m_link.setIdleWork([] { QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents); });
+    m_link.setIdleWork([this] {
+        const QScopedValueRollback<bool> waiting(m_isWaiting, true);
+        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+    });
     connect(&m_window, &MainWindow::themeChanged, this, &Frontend::tellTheme);
     connect(&m_window, &MainWindow::hardwareSearchWanted, this, &Frontend::searchForHardware);
     connect(&m_system, &TestBench::trouble, this, &Frontend::log);
@@ -116,12 +117,12 @@ void Frontend::run()
 }
 
 // The module takes part from when the controllers answer until they no longer do. It cannot leave
-// while a window of its own runs an event loop, so that has to end first.
+// while it waits for a reply or a window of its own runs an event loop, so that has to end first.
 void Frontend::followSystem()
 {
     const bool isReachable = m_link.isReachable();
     m_wasUnreachable = m_wasUnreachable || !isReachable;
-    if (QThread::currentThread()->loopLevel() > 1)
+    if (m_isWaiting || QThread::currentThread()->loopLevel() > 1)
         return;
     if (m_session && m_wasUnreachable) {
         log(tr("The controllers do not answer any more."));

@@ -64,6 +64,7 @@ private:
     QLockFile m_lock;
     QTimer m_follow;
     bool m_wasUnreachable = false;
+    bool m_isWaiting = false; // for a reply
     ModuleInterface* m_module = nullptr;
     std::unique_ptr<BackendVersions> m_versions;
     std::unique_ptr<ModuleSession> m_session; // last: it uses all the others

@@ -2,6 +2,8 @@
 #include "headlessrun.h"
 #include "narrator.h"
 #include "options.h"
+#include "remoteaccess.h"
+#include "simulatedaccess.h"
 #include "version.h"
 
 #include <QApplication>
@@ -40,13 +42,11 @@ QString programFolder()
 
 int listScenarios()
 {
-    for (const QString& name : Scenario::shipped()) {
-        QString error;
-        const std::optional<Scenario> scenario = ScenarioReader::read(name, &error);
-        if (!scenario)
-            return fail(StartFailed, error);
-        print(stdout, QStringLiteral("  %1  %2\n").arg(name, -24).arg(scenario->title));
-    }
+    QString error;
+    const std::optional<QString> list = ScenarioReader::listShipped(&error);
+    if (!list)
+        return fail(StartFailed, error);
+    print(stdout, *list);
     return Success;
 }
 
@@ -68,16 +68,26 @@ void moveHome(const QString& home)
     qputenv("HOME", QFile::encodeName(home));
 }
 
+std::unique_ptr<SystemAccess> accessFor(const Options& options, QString* error)
+{
+    if (options.peer)
+        return RemoteAccess::connectTo(*options.peer, error);
+    std::optional<Scenario> scenario = ScenarioReader::read(options.scenario, error);
+    if (!scenario)
+        return nullptr;
+    return std::make_unique<SimulatedAccess>(std::move(*scenario), options.fast);
+}
+
 int runFrontend(const Options& options)
 {
     QString error;
-    std::optional<Scenario> scenario = ScenarioReader::read(options.scenario, &error);
-    if (!scenario)
+    std::unique_ptr<SystemAccess> access = accessFor(options, &error);
+    if (!access)
         return fail(StartFailed, error);
 
     // Notes refer to their pictures from the program's folder on.
     QDir::setCurrent(QCoreApplication::applicationDirPath());
-    Frontend frontend(std::move(*scenario), options);
+    Frontend frontend(std::move(access), options);
     Narrator narrator;
     if (!frontend.prepare(&error)) {
         if (!options.headless)

@@ -32,6 +32,10 @@ struct CommandLine
     QCommandLineOption list{"list", "Lists the scenarios that come with the simulator."};
     QCommandLineOption scenario{"scenario", "What is simulated: the name of a scenario, or a file.",
                                 "NAME|FILE", "cascade"};
+    QCommandLineOption connectTo{"connect",
+                                 "Operates the simulated system that the program simulated-system "
+                                 "serves there, instead of one in this process.",
+                                 "HOST:PORT"};
     QCommandLineOption stateDir{"state-dir",
                                 "State folder; state/SCENARIO beside the folder of the program if "
                                 "none is given.",
@@ -52,8 +56,8 @@ struct CommandLine
     CommandLine()
     {
         parser.setApplicationDescription(QString::fromLatin1(description));
-        parser.addOptions({help, list, scenario, stateDir, fresh, fast, headless, screenshots,
-                           observer, dark, plugin, version});
+        parser.addOptions({help, list, scenario, connectTo, stateDir, fresh, fast, headless,
+                           screenshots, observer, dark, plugin, version});
     }
 };
 
@@ -86,7 +90,9 @@ Options optionsOf(const CommandLine& line, const QString& programDir)
     Options options;
     options.action = actionOf(line);
     options.scenario = scenarioOf(parser.value(line.scenario));
-    const QString name = QFileInfo(options.scenario).completeBaseName();
+    options.peer = Endpoint::read(parser.value(line.connectTo));
+    const QString name =
+        options.peer ? QStringLiteral("connected") : QFileInfo(options.scenario).completeBaseName();
     options.stateDir = parser.isSet(line.stateDir)
                            ? absolute(parser.value(line.stateDir))
                            : QDir::cleanPath(programDir + "/../state/" + name);
@@ -101,6 +107,25 @@ Options optionsOf(const CommandLine& line, const QString& programDir)
     options.observer = parser.isSet(line.observer);
     options.dark = parser.isSet(line.dark);
     return options;
+}
+
+// Empty if what was asked for goes together.
+QString contradictionIn(const CommandLine& line, const Options& options)
+{
+    const QCommandLineParser& parser = line.parser;
+    if (!options.screenshotDir.isEmpty() && !options.headless)
+        return QStringLiteral("--screenshots needs --headless");
+    if (!parser.isSet(line.connectTo))
+        return QString();
+    if (!options.peer || options.peer->port == 0)
+        return QStringLiteral("--connect: \"%1\" is no HOST:PORT with an IP address or localhost")
+            .arg(parser.value(line.connectTo));
+    for (const QCommandLineOption* own : {&line.scenario, &line.fast}) {
+        if (parser.isSet(*own))
+            return QStringLiteral("--%1 is for the simulated system that --connect leads to")
+                .arg(own->names().constFirst());
+    }
+    return QString();
 }
 
 } // namespace
@@ -119,11 +144,8 @@ bool parseOptions(const QStringList& arguments, const QString& programDir, Optio
         return false;
     }
     *options = optionsOf(line, programDir);
-    if (!options->screenshotDir.isEmpty() && !options->headless) {
-        *error = QStringLiteral("--screenshots needs --headless");
-        return false;
-    }
-    return true;
+    *error = contradictionIn(line, *options);
+    return error->isEmpty();
 }
 
 QString helpText()

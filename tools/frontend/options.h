@@ -1,7 +1,11 @@
 #pragma once
 
+#include <endpoint.h>
+
 #include <QString>
 #include <QStringList>
+
+#include <optional>
 
 /// What the program was asked to do.
 struct Options
@@ -16,9 +20,10 @@ struct Options
 
     Action action = Action::Run;
     QString scenario = QStringLiteral("cascade"); ///< name of a shipped one, or a file
-    QString stateDir;                             ///< absolute; made when it is needed
-    QString pluginFile;                           ///< absolute
-    QString screenshotDir;                        ///< absolute; empty: no pictures
+    std::optional<Endpoint> peer; ///< of a simulated system in another process; none: one in here
+    QString stateDir;             ///< absolute; made when it is needed
+    QString pluginFile;           ///< absolute
+    QString screenshotDir;        ///< absolute; empty: no pictures
     bool fresh = false;
     bool fast = false;
     bool headless = false;

@@ -4,8 +4,9 @@
 
 #include <utility>
 
-SimulatedAccess::SimulatedAccess(Scenario scenario, SimulatorLink::Pace pace)
-    : m_system(std::move(scenario)), m_link(m_system, pace)
+SimulatedAccess::SimulatedAccess(Scenario scenario, bool fast)
+    : m_system(std::move(scenario)),
+      m_link(m_system, fast ? SimulatorLink::Pace::Fast : SimulatorLink::Pace::Device)
 {
 }
 

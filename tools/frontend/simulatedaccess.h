@@ -9,7 +9,8 @@
 class SimulatedAccess final : public SystemAccess
 {
 public:
-    SimulatedAccess(Scenario scenario, SimulatorLink::Pace pace);
+    /// @param fast whether the devices take no time for what is sent to them
+    SimulatedAccess(Scenario scenario, bool fast);
 
     CommandLink& link() override { return m_link; }
     TestBench& bench() override { return m_system; }

@@ -4,22 +4,18 @@
 
 #include <utility>
 
-// How far the schedule may be behind before it starts anew: the time that the sender itself needs
-// does not slow a stream of records down.
-static constexpr qint64 SLACK_MS = 50;
 static constexpr qint64 IDLE_SLICE_MS = 40;
 
 SimulatorLink::SimulatorLink(SimulatedSystem& system, Pace pace)
     : m_system(system), m_interpreter(system), m_pace(pace)
 {
-    m_clock.start();
 }
 
 void SimulatorLink::send(Operation operation, const QByteArray& text)
 {
     m_reply = m_interpreter.execute(operation, text);
     if (m_pace == Pace::Device)
-        m_replyAtMs = qMax(m_replyAtMs, m_clock.elapsed() - SLACK_MS) + m_reply->deviceMs;
+        m_devices.begin(m_reply->deviceMs);
 }
 
 std::optional<Reply> SimulatorLink::wait(int timeoutMs)
@@ -47,14 +43,14 @@ QString SimulatorLink::address() const
 
 qint64 SimulatorLink::msUntilReply() const
 {
-    return m_pace == Pace::Device ? qMax<qint64>(0, m_replyAtMs - m_clock.elapsed())
+    return m_pace == Pace::Device ? qMax<qint64>(0, m_devices.dueMs() - m_devices.now())
                                   : m_reply->deviceMs;
 }
 
 void SimulatorLink::pass(qint64 ms) const
 {
-    const qint64 endMs = m_clock.elapsed() + ms;
-    for (qint64 leftMs = ms; leftMs > 0; leftMs = endMs - m_clock.elapsed()) {
+    const qint64 endMs = m_devices.now() + ms;
+    for (qint64 leftMs = ms; leftMs > 0; leftMs = endMs - m_devices.now()) {
         QThread::msleep(static_cast<unsigned long>(qMin(leftMs, IDLE_SLICE_MS)));
         if (leftMs > IDLE_SLICE_MS)
             doIdleWork();

@@ -2,7 +2,7 @@
 
 #include "commandlink.h"
 
-#include <QElapsedTimer>
+#include <devicepace.h>
 
 /// The line to a system that is simulated in this process.
 class SimulatorLink : public CommandLink
@@ -29,7 +29,6 @@ private:
     SimulatedSystem& m_system;
     CommandInterpreter m_interpreter;
     Pace m_pace;
-    QElapsedTimer m_clock;
+    DevicePace m_devices;
     std::optional<Reply> m_reply;
-    qint64 m_replyAtMs = 0;
 };

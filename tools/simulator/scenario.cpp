@@ -1,6 +1,6 @@
 #include "scenario.h"
 
-#include "blockreceiver.h"
+#include "faultjson.h"
 
 #include <checkedjson.h>
 
@@ -19,7 +19,6 @@ static void initShippedScenarios()
 namespace {
 
 constexpr int maxTextBytes = 150; // leaves room in the 200 bytes that a host has for a reply
-constexpr int maxDurationMs = 24 * 3600 * 1000;
 const QLatin1String shippedFolder(":/scenarios");
 
 bool isPlainText(const QString& text)
@@ -160,40 +159,13 @@ ScenarioTiming readTiming(CheckedObject* root)
     return timing;
 }
 
-QStringList faultModeNames()
-{
-    QStringList names;
-    for (const FaultModeInfo& info : faultModes())
-        names.append(info.name);
-    return names;
-}
-
-Fault readFault(CheckedObject object, const QStringList& devices)
-{
-    Fault fault;
-    fault.mode = faultModes().at(object.choice(QStringLiteral("mode"), faultModeNames())).mode;
-    fault.device = object.text(QStringLiteral("device"), QString());
-    if (!fault.device.isEmpty() && !devices.contains(fault.device))
-        object.fail(QStringLiteral("device"), QStringLiteral("no such controller or camera"));
-    fault.request = object.text(QStringLiteral("request"), QString()).toUtf8();
-    fault.record =
-        static_cast<int>(object.number(QStringLiteral("record"), 1, BlockReceiver::maxRecords, 0));
-    if (object.contains(QStringLiteral("seed")))
-        fault.seed =
-            static_cast<quint32>(object.number(QStringLiteral("seed"), 0, Q_INT64_C(0xFFFFFFFF)));
-    fault.times = static_cast<int>(object.number(QStringLiteral("times"), 0, 1000000, fault.times));
-    fault.delayMs = durationMs(&object, QStringLiteral("delayMs"), fault.delayMs);
-    object.finish();
-    return fault;
-}
-
 QVector<Fault> readFaults(CheckedObject* root, const QStringList& devices)
 {
     QVector<Fault> faults;
     if (!root->contains(QStringLiteral("faults")))
         return faults;
     for (const CheckedObject& object : root->objects(QStringLiteral("faults")))
-        faults.append(readFault(object, devices));
+        faults.append(faultFromJson(object, devices));
     return faults;
 }
 
@@ -277,6 +249,18 @@ std::optional<Scenario> ScenarioReader::read(const QString& nameOrPath, QString*
     return parse(file.readAll(), file.fileName(), error);
 }
 
+std::optional<QString> ScenarioReader::listShipped(QString* error)
+{
+    QString list;
+    for (const QString& name : Scenario::shipped()) {
+        const std::optional<Scenario> scenario = read(name, error);
+        if (!scenario)
+            return std::nullopt;
+        list += QStringLiteral("  %1  %2\n").arg(name, -24).arg(scenario->title);
+    }
+    return list;
+}
+
 std::optional<Scenario> ScenarioReader::parse(const QByteArray& json, const QString& fileName,
                                               QString* error)
 {
@@ -288,6 +272,7 @@ std::optional<Scenario> ScenarioReader::parse(const QByteArray& json, const QStr
     CheckedObject root(*object, fileName, error);
     Scenario scenario = readScenario(&root);
     scenario.name = QFileInfo(fileName).completeBaseName();
+    scenario.source = json;
     if (!root.ok())
         return std::nullopt;
     return scenario;

@@ -45,6 +45,9 @@ struct ScenarioCamera
     QString description;
 };
 
+/// Longest time that a device may take for anything, in milliseconds.
+constexpr int maxDurationMs = 24 * 3600 * 1000;
+
 /// How long the devices take. Nothing in the simulator waits: who asks is told the time.
 struct ScenarioTiming
 {
@@ -75,6 +78,7 @@ struct Scenario
     QVector<ScenarioCamera> cameras;
     ScenarioTiming timing;
     QVector<Fault> faults;
+    QByteArray source; ///< the text that it was read from
 
     /// Address at which the frontend reaches the master.
     const QString& address() const { return controllers.first().address; }
@@ -96,6 +100,10 @@ public:
     ///        "controllers[1].serial", or "FILE: REASON" if the file cannot be read.
     /// @return nullopt on failure; keys that the schema does not know are failures.
     static std::optional<Scenario> read(const QString& nameOrPath, QString* error);
+
+    /// The names and titles of the shipped scenarios, one line for each.
+    /// @param error must not be null; receives one line on failure
+    static std::optional<QString> listShipped(QString* error);
 
     /// Reads a scenario from the text @p json; @p fileName gives its name and stands in errors.
     static std::optional<Scenario> parse(const QByteArray& json, const QString& fileName,

@@ -50,6 +50,10 @@ public:
     ///         renamed to @p path + ".damaged", and the system stands as the scenario tells.
     bool loadState(const QString& path, QString* error);
 
+    /// What of the system outlives the process.
+    SystemMemory memory() const;
+    Power power() const { return m_power; }
+
     /// Writes the state to the file of loadState(); done by itself at every change of versions,
     /// power or measurement. Without such a file it does nothing and succeeds.
     /// @return false after trouble()
@@ -95,7 +99,6 @@ private:
     void allBecomeIdle();
 
     QDate today() const;
-    SystemMemory memory() const;
     void adopt(const SystemMemory& memory);
     void keepState();
 

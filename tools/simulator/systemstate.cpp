@@ -1,7 +1,5 @@
 #include "systemstate.h"
 
-#include <checkedjson.h>
-
 #include <QJsonArray>
 #include <QJsonDocument>
 
@@ -9,14 +7,6 @@ namespace {
 
 constexpr int stateFormat = 1;
 constexpr qint64 farFutureMs = Q_INT64_C(1) << 50;
-
-// The texts of Power and of Measurement, in the order of their values.
-const QStringList& powerTexts()
-{
-    static const QStringList texts = {QStringLiteral("on"), QStringLiteral("restarting"),
-                                      QStringLiteral("hung"), QStringLiteral("off")};
-    return texts;
-}
 
 QJsonObject toJson(const ControllerMemory& controller)
 {
@@ -97,29 +87,27 @@ QVector<Memory> readDevices(CheckedObject* root, const QString& key, const QVect
 
 } // namespace
 
-QByteArray stateToJson(const SystemMemory& memory)
+const QStringList& powerTexts()
 {
-    const QJsonObject root = {
-        {QStringLiteral("format"), stateFormat},
-        {QStringLiteral("scenario"), memory.scenario},
-        {QStringLiteral("power"), powerTexts().at(static_cast<int>(memory.power))},
-        {QStringLiteral("restartEndsMs"), memory.restartEndsMs},
-        {QStringLiteral("measurement"),
-         measurementTexts().at(static_cast<int>(memory.measurement))},
-        {QStringLiteral("controllers"), toJson(memory.controllers)},
-        {QStringLiteral("cameras"), toJson(memory.cameras)}};
-    return QJsonDocument(root).toJson();
+    static const QStringList texts = {QStringLiteral("on"), QStringLiteral("restarting"),
+                                      QStringLiteral("hung"), QStringLiteral("off")};
+    return texts;
 }
 
-std::optional<SystemMemory> stateFromJson(const QByteArray& json, const Scenario& scenario,
-                                          const QString& fileName, QString* error)
+QJsonObject memoryToJson(const SystemMemory& memory)
 {
-    const std::optional<QJsonObject> object = parseJsonObject(json, fileName, error);
-    if (!object)
-        return std::nullopt;
+    return {{QStringLiteral("format"), stateFormat},
+            {QStringLiteral("scenario"), memory.scenario},
+            {QStringLiteral("power"), powerTexts().at(static_cast<int>(memory.power))},
+            {QStringLiteral("restartEndsMs"), memory.restartEndsMs},
+            {QStringLiteral("measurement"),
+             measurementTexts().at(static_cast<int>(memory.measurement))},
+            {QStringLiteral("controllers"), toJson(memory.controllers)},
+            {QStringLiteral("cameras"), toJson(memory.cameras)}};
+}
 
-    error->clear();
-    CheckedObject root(*object, fileName, error);
+std::optional<SystemMemory> memoryFromJson(CheckedObject root, const Scenario& scenario)
+{
     root.number(QStringLiteral("format"), stateFormat, stateFormat);
     SystemMemory memory;
     memory.scenario = sameText(&root, QStringLiteral("scenario"), scenario.name);
@@ -134,4 +122,19 @@ std::optional<SystemMemory> stateFromJson(const QByteArray& json, const Scenario
     if (!root.ok())
         return std::nullopt;
     return memory;
+}
+
+QByteArray stateToJson(const SystemMemory& memory)
+{
+    return QJsonDocument(memoryToJson(memory)).toJson();
+}
+
+std::optional<SystemMemory> stateFromJson(const QByteArray& json, const Scenario& scenario,
+                                          const QString& fileName, QString* error)
+{
+    const std::optional<QJsonObject> object = parseJsonObject(json, fileName, error);
+    if (!object)
+        return std::nullopt;
+    error->clear();
+    return memoryFromJson(CheckedObject(*object, fileName, error), scenario);
 }

@@ -2,6 +2,8 @@
 
 #include "scenario.h"
 
+#include <checkedjson.h>
+
 #include <QByteArray>
 #include <QString>
 #include <QVector>
@@ -49,6 +51,14 @@ struct SystemMemory
     QVector<ControllerMemory> controllers;
     QVector<CameraMemory> cameras;
 };
+
+/// The texts of Power in files, in the order of its values.
+const QStringList& powerTexts();
+
+/// The content of a state file as a part of another document.
+QJsonObject memoryToJson(const SystemMemory& memory);
+/// @return nullopt after an error, which stands in the document's error text
+std::optional<SystemMemory> memoryFromJson(CheckedObject root, const Scenario& scenario);
 
 QByteArray stateToJson(const SystemMemory& memory);
 

@@ -31,6 +31,9 @@ public:
     /// Whether the system answers: it has power and is not restarting.
     virtual bool isReachable() const = 0;
 
+    /// Whether the bench can be seen and touched now. If not, it stands as it was seen last.
+    virtual bool isAtHand() const { return true; }
+
     /// Starts or ends a measurement; does nothing while the system is down.
     virtual void setMeasuring(bool measuring) = 0;
 

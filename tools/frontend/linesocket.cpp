@@ -1,0 +1,69 @@
+#include "linesocket.h"
+
+static constexpr int RETRY_MS = 500;
+static constexpr int READ_BUFFER_BYTES = 64 * 1024;
+
+LineSocket::LineSocket(const Endpoint& peer, int maxLineBytes, QObject* parent)
+    : QObject(parent), m_peer(peer), m_lines(maxLineBytes)
+{
+    m_socket.setReadBufferSize(READ_BUFFER_BYTES);
+    connect(&m_socket, &QTcpSocket::readyRead, this, &LineSocket::read);
+    connect(&m_socket, &QTcpSocket::stateChanged, this, &LineSocket::handleState);
+    m_retry.setSingleShot(true);
+    connect(&m_retry, &QTimer::timeout, this, &LineSocket::open);
+}
+
+LineSocket::~LineSocket()
+{
+    m_socket.disconnect(this);
+}
+
+void LineSocket::open()
+{
+    if (m_socket.state() != QAbstractSocket::UnconnectedState)
+        return;
+    m_retry.stop();
+    m_socket.connectToHost(m_peer.address, m_peer.port);
+}
+
+void LineSocket::write(const QByteArray& bytes)
+{
+    if (isOpen())
+        m_socket.write(bytes);
+}
+
+void LineSocket::waitForActivity(int timeoutMs)
+{
+    if (!isOpen())
+        m_socket.waitForConnected(timeoutMs);
+    else if (m_socket.bytesAvailable() > 0)
+        read();
+    else
+        m_socket.waitForReadyRead(timeoutMs);
+}
+
+void LineSocket::read()
+{
+    while (m_socket.bytesAvailable() > 0) {
+        m_lines.append(m_socket.read(READ_BUFFER_BYTES));
+        while (const std::optional<QByteArray> line = m_lines.takeLine()) {
+            m_isOfUse = true;
+            emit lineReceived(*line);
+        }
+    }
+}
+
+void LineSocket::handleState(QAbstractSocket::SocketState state)
+{
+    if (state == QAbstractSocket::ConnectedState) {
+        m_socket.setSocketOption(QAbstractSocket::LowDelayOption, 1);
+        m_lines.clear();
+        m_isOfUse = false;
+        emit opened();
+    } else if (state == QAbstractSocket::UnconnectedState) {
+        const bool wasOfUse = std::exchange(m_isOfUse, false);
+        // At once after a connection that was good for something, else the peer gets some rest.
+        m_retry.start(wasOfUse ? 0 : RETRY_MS);
+        emit closed(wasOfUse);
+    }
+}

@@ -1,0 +1,80 @@
+#include "remoteaccess.h"
+
+#include <checkedjson.h>
+#include <wirelanguage.h>
+
+#include <QElapsedTimer>
+#include <QJsonDocument>
+
+namespace {
+
+constexpr int answerTimeoutMs = 5000;
+constexpr int maxScenarioLine = 1 << 20;
+constexpr char scenarioTag[] = "#scenario";
+
+/// Asks once, over a connection of its own.
+class ScenarioQuestion
+{
+public:
+    explicit ScenarioQuestion(const Endpoint& peer) : m_socket(peer, maxScenarioLine)
+    {
+        QObject::connect(&m_socket, &LineSocket::opened,
+                         [this] { m_socket.write(benchLine(scenarioTag, "scenario")); });
+        QObject::connect(&m_socket, &LineSocket::lineReceived, [this](const QByteArray& line) {
+            m_answer = readReply(line);
+            m_isOver = true;
+        });
+        QObject::connect(&m_socket, &LineSocket::closed, [this] { m_isOver = true; });
+    }
+
+    std::optional<WireReply> ask(QString* error)
+    {
+        QElapsedTimer clock;
+        clock.start();
+        m_socket.open();
+        while (!m_isOver && clock.elapsed() < answerTimeoutMs)
+            m_socket.waitForActivity(static_cast<int>(answerTimeoutMs - clock.elapsed()));
+        if (!m_answer)
+            *error = m_isOver ? m_socket.errorText() : QObject::tr("no answer");
+        return m_answer;
+    }
+
+private:
+    LineSocket m_socket;
+    std::optional<WireReply> m_answer;
+    bool m_isOver = false;
+};
+
+std::optional<Scenario> scenarioFrom(const WireReply& answer, QString* error)
+{
+    const std::optional<QJsonObject> object =
+        parseJsonObject(answer.text, QStringLiteral("scenario"), error);
+    if (!object)
+        return std::nullopt;
+    CheckedObject root(*object, QStringLiteral("scenario"), error);
+    const QString name = root.text(QStringLiteral("name"));
+    root.object(QStringLiteral("scenario"));
+    root.finish();
+    if (!root.ok())
+        return std::nullopt;
+    const QJsonObject content = object->value(QStringLiteral("scenario")).toObject();
+    return ScenarioReader::parse(QJsonDocument(content).toJson(), name, error);
+}
+
+} // namespace
+
+std::unique_ptr<RemoteAccess> RemoteAccess::connectTo(const Endpoint& peer, QString* error)
+{
+    QString reason;
+    const std::optional<WireReply> answer = ScenarioQuestion(peer).ask(&reason);
+    const std::optional<Scenario> scenario = answer ? scenarioFrom(*answer, &reason) : std::nullopt;
+    if (scenario)
+        return std::unique_ptr<RemoteAccess>(new RemoteAccess(peer, *scenario));
+    *error = QObject::tr("%1: there is no simulated system: %2").arg(peer.text(), reason);
+    return nullptr;
+}
+
+RemoteAccess::RemoteAccess(const Endpoint& peer, const Scenario& scenario)
+    : m_bench(peer, scenario), m_link(peer, scenario.address())
+{
+}

@@ -1,0 +1,99 @@
+#include "remotebench.h"
+
+#include <wirelanguage.h>
+
+#include <utility>
+
+static constexpr int MAX_STATE_LINE = 1 << 20;
+static constexpr char WATCH_TAG[] = "#watch";
+
+RemoteBench::RemoteBench(const Endpoint& peer, Scenario scenario)
+    : m_peer(peer), m_scenario(std::move(scenario)), m_state(benchStateOf(m_scenario)),
+      m_socket(peer, MAX_STATE_LINE)
+{
+    connect(&m_socket, &LineSocket::opened, this,
+            [this] { m_socket.write(benchLine(WATCH_TAG, "watch")); });
+    connect(&m_socket, &LineSocket::lineReceived, this, &RemoteBench::handleLine);
+    connect(&m_socket, &LineSocket::closed, this, &RemoteBench::handleClosed);
+    m_socket.open();
+}
+
+qint64 RemoteBench::msUntilReachable() const
+{
+    if (!m_isAtHand)
+        return -1;
+    if (m_state.power != Power::Restarting)
+        return m_state.msUntilReachable;
+    return qMax<qint64>(0, m_state.msUntilReachable - m_stateAge.elapsed());
+}
+
+void RemoteBench::setMeasuring(bool measuring)
+{
+    perform(benchMeasure(measuring));
+}
+
+void RemoteBench::powerCycleCamera(int index)
+{
+    perform(benchPowerCycleCamera(index));
+}
+
+void RemoteBench::powerCycle()
+{
+    perform("power-cycle");
+}
+
+void RemoteBench::armFault(const Fault& fault)
+{
+    perform(benchArm(fault));
+}
+
+void RemoteBench::disarmFaults()
+{
+    perform("disarm");
+}
+
+void RemoteBench::perform(const QByteArray& text)
+{
+    if (m_isAtHand)
+        m_socket.write(benchLine(QByteArray(), text));
+    else
+        emit trouble(tr("%1 cannot be reached, so nothing was done.").arg(m_peer.text()));
+}
+
+void RemoteBench::handleLine(const QByteArray& line)
+{
+    QByteArray state = line;
+    if (takeWord(&state) == "state") {
+        adopt(state);
+        return;
+    }
+    const std::optional<WireReply> reply = readReply(line);
+    if (!reply)
+        return;
+    if (!reply->ok)
+        emit trouble(QStringLiteral("%1: %2").arg(m_peer.text(), QString::fromUtf8(reply->text)));
+    else if (reply->tag == WATCH_TAG)
+        adopt(reply->text);
+}
+
+void RemoteBench::handleClosed()
+{
+    if (!std::exchange(m_isAtHand, false))
+        return;
+    emit trouble(tr("The connection to %1 is lost.").arg(m_peer.text()));
+    emit changed();
+}
+
+void RemoteBench::adopt(const QByteArray& json)
+{
+    QString error;
+    const std::optional<BenchState> state = benchStateFromJson(json, m_scenario, &error);
+    if (!state) {
+        emit trouble(QStringLiteral("%1: %2").arg(m_peer.text(), error));
+        return;
+    }
+    m_state = *state;
+    m_stateAge.start();
+    m_isAtHand = true;
+    emit changed();
+}

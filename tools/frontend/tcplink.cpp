@@ -1,0 +1,101 @@
+#include "tcplink.h"
+
+#include <wirelanguage.h>
+
+#include <QElapsedTimer>
+
+#include <utility>
+
+static constexpr int MAX_REPLY_LINE = 1024;
+static constexpr int PROBE_INTERVAL_MS = 500;
+static constexpr qint64 IDLE_SLICE_MS = 40;
+static constexpr char PROBE_TAG[] = "#power";
+
+static Reply replyFrom(const WireReply& line)
+{
+    Reply reply;
+    reply.ok = line.ok;
+    reply.text = line.text;
+    reply.integer = line.text.toInt();
+    return reply;
+}
+
+TcpLink::TcpLink(const Endpoint& peer, QString controllerAddress)
+    : m_controllerAddress(std::move(controllerAddress)), m_socket(peer, MAX_REPLY_LINE)
+{
+    connect(&m_socket, &LineSocket::opened, this, &TcpLink::handleOpened);
+    connect(&m_socket, &LineSocket::lineReceived, this, &TcpLink::handleLine);
+    connect(&m_socket, &LineSocket::closed, this, &TcpLink::handleClosed);
+    m_probeTimer.setInterval(PROBE_INTERVAL_MS);
+    m_probeTimer.setSingleShot(true);
+    connect(&m_probeTimer, &QTimer::timeout, this, &TcpLink::probe);
+    m_socket.open();
+}
+
+void TcpLink::send(Operation operation, const QByteArray& text)
+{
+    m_reply.reset();
+    m_tag.clear();
+    m_unsent.clear();
+    const QByteArray tag = '#' + QByteArray::number(++m_number);
+    const std::optional<QByteArray> line = requestLine(tag, operation, text);
+    if (!line)
+        return;
+    m_tag = tag;
+    if (m_socket.isOpen()) {
+        m_socket.write(*line);
+    } else {
+        m_unsent = *line;
+        m_socket.open();
+    }
+}
+
+std::optional<Reply> TcpLink::wait(int timeoutMs)
+{
+    QElapsedTimer clock;
+    clock.start();
+    qint64 leftMs = qMax(0, timeoutMs);
+    do {
+        m_socket.waitForActivity(static_cast<int>(qMin(leftMs, IDLE_SLICE_MS)));
+        leftMs = qMax(0, timeoutMs) - clock.elapsed();
+        if (leftMs > IDLE_SLICE_MS && !m_reply)
+            doIdleWork();
+    } while (!m_tag.isEmpty() && !m_reply && leftMs > 0);
+    return std::exchange(m_reply, std::nullopt);
+}
+
+// Only the bench tells whether the controllers behind it are up.
+void TcpLink::probe()
+{
+    m_socket.write(benchLine(PROBE_TAG, "power"));
+}
+
+void TcpLink::handleOpened()
+{
+    probe();
+    m_socket.write(std::exchange(m_unsent, QByteArray()));
+}
+
+void TcpLink::handleLine(const QByteArray& line)
+{
+    const std::optional<WireReply> reply = readReply(line);
+    if (!reply)
+        return;
+    if (reply->tag == PROBE_TAG) {
+        m_isReachable = reply->text == "on";
+        if (!m_isReachable)
+            m_probeTimer.start();
+    } else if (!m_tag.isEmpty() && reply->tag == m_tag) {
+        m_tag.clear();
+        m_reply = replyFrom(*reply);
+        m_isReachable = true;
+    }
+}
+
+// A short loss goes unnoticed if the next connection is good again.
+void TcpLink::handleClosed(bool wasOfUse)
+{
+    m_tag.clear();
+    m_unsent.clear();
+    m_isReachable = m_isReachable && wasOfUse;
+}

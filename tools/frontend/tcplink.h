@@ -1,0 +1,37 @@
+#pragma once
+
+#include "commandlink.h"
+#include "linesocket.h"
+
+/// The line to a system in another process, over TCP.
+///
+/// A connection that is lost is made anew by itself. A text that was under way then is lost, and is
+/// never sent a second time.
+class TcpLink final : public QObject, public CommandLink
+{
+    Q_OBJECT
+
+public:
+    /// @param controllerAddress what address() tells, as the peer only stands in for a controller
+    TcpLink(const Endpoint& peer, QString controllerAddress);
+
+    void send(Operation operation, const QByteArray& text) override;
+    std::optional<Reply> wait(int timeoutMs) override;
+    bool isReachable() const override { return m_isReachable; }
+    QString address() const override { return m_controllerAddress; }
+
+private:
+    void handleOpened();
+    void handleLine(const QByteArray& line);
+    void handleClosed(bool wasOfUse);
+    void probe();
+
+    QString m_controllerAddress;
+    LineSocket m_socket;
+    QTimer m_probeTimer;
+    quint64 m_number = 0;
+    QByteArray m_tag;    // of the text whose reply is awaited; empty: none
+    QByteArray m_unsent; // its line, as long as there is no connection
+    std::optional<Reply> m_reply;
+    bool m_isReachable = false;
+};
