@@ -38,7 +38,7 @@ public:
     void run();
 
     MainWindow& window() { return m_window; }
-    const TestBench& system() const { return m_system; }
+    TestBench& system() const { return m_system; }
 
 private:
     void forgetHome();

@@ -55,5 +55,6 @@ ExitCode runHeadless(Frontend& frontend, const Options& options, Narrator& narra
     Watchdog watchdog(PATIENCE, giveUp);
     UserDriver driver(frontend.window(), narrator, screenshots, watchdog);
     frontend.run();
+    frontend.system().catchUp();
     return judge(frontend.system(), driver.refusals(), narrator);
 }

@@ -77,4 +77,7 @@ std::unique_ptr<RemoteAccess> RemoteAccess::connectTo(const Endpoint& peer, QStr
 RemoteAccess::RemoteAccess(const Endpoint& peer, const Scenario& scenario)
     : m_bench(peer, scenario), m_link(peer, scenario.address())
 {
+    // So that nothing is shown at first that is not so.
+    m_bench.catchUp();
+    m_link.catchUp(answerTimeoutMs);
 }

@@ -2,17 +2,19 @@
 
 #include <wirelanguage.h>
 
+#include <QDeadlineTimer>
+
 #include <utility>
 
 static constexpr int MAX_STATE_LINE = 1 << 20;
-static constexpr char WATCH_TAG[] = "#watch";
+static constexpr int CATCH_UP_MS = 1000;
+static constexpr char STATE_TAG[] = "#state";
 
 RemoteBench::RemoteBench(const Endpoint& peer, Scenario scenario)
     : m_peer(peer), m_scenario(std::move(scenario)), m_state(benchStateOf(m_scenario)),
       m_socket(peer, MAX_STATE_LINE)
 {
-    connect(&m_socket, &LineSocket::opened, this,
-            [this] { m_socket.write(benchLine(WATCH_TAG, "watch")); });
+    connect(&m_socket, &LineSocket::opened, this, [this] { askForState("watch"); });
     connect(&m_socket, &LineSocket::lineReceived, this, &RemoteBench::handleLine);
     connect(&m_socket, &LineSocket::closed, this, &RemoteBench::handleClosed);
     m_socket.open();
@@ -25,6 +27,15 @@ qint64 RemoteBench::msUntilReachable() const
     if (m_state.power != Power::Restarting)
         return m_state.msUntilReachable;
     return qMax<qint64>(0, m_state.msUntilReachable - m_stateAge.elapsed());
+}
+
+void RemoteBench::catchUp()
+{
+    if (m_socket.isOpen())
+        askForState("state");
+    const QDeadlineTimer deadline(CATCH_UP_MS);
+    while ((m_statesAskedFor > 0 || !m_socket.isOpen()) && !deadline.hasExpired())
+        m_socket.waitForActivity(static_cast<int>(deadline.remainingTime()));
 }
 
 void RemoteBench::setMeasuring(bool measuring)
@@ -52,6 +63,12 @@ void RemoteBench::disarmFaults()
     perform("disarm");
 }
 
+void RemoteBench::askForState(const QByteArray& how)
+{
+    ++m_statesAskedFor;
+    m_socket.write(benchLine(STATE_TAG, how));
+}
+
 void RemoteBench::perform(const QByteArray& text)
 {
     if (m_isAtHand)
@@ -72,12 +89,15 @@ void RemoteBench::handleLine(const QByteArray& line)
         return;
     if (!reply->ok)
         emit trouble(QStringLiteral("%1: %2").arg(m_peer.text(), QString::fromUtf8(reply->text)));
-    else if (reply->tag == WATCH_TAG)
+    else if (reply->tag == STATE_TAG)
         adopt(reply->text);
+    if (reply->tag == STATE_TAG)
+        --m_statesAskedFor;
 }
 
 void RemoteBench::handleClosed()
 {
+    m_statesAskedFor = 0;
     if (!std::exchange(m_isAtHand, false))
         return;
     emit trouble(tr("The connection to %1 is lost.").arg(m_peer.text()));

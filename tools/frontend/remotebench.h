@@ -23,6 +23,7 @@ public:
     qint64 msUntilReachable() const override;
     bool isReachable() const override { return m_isAtHand && m_state.power == Power::On; }
     bool isAtHand() const override { return m_isAtHand; }
+    void catchUp() override;
 
     void setMeasuring(bool measuring) override;
     void powerCycleCamera(int index) override;
@@ -31,6 +32,7 @@ public:
     void disarmFaults() override;
 
 private:
+    void askForState(const QByteArray& how);
     void perform(const QByteArray& text);
     void handleLine(const QByteArray& line);
     void handleClosed();
@@ -42,4 +44,5 @@ private:
     QElapsedTimer m_stateAge;
     LineSocket m_socket;
     bool m_isAtHand = false;
+    int m_statesAskedFor = 0;
 };

@@ -2,7 +2,7 @@
 
 #include <wirelanguage.h>
 
-#include <QElapsedTimer>
+#include <QDeadlineTimer>
 
 #include <utility>
 
@@ -52,16 +52,20 @@ void TcpLink::send(Operation operation, const QByteArray& text)
 
 std::optional<Reply> TcpLink::wait(int timeoutMs)
 {
-    QElapsedTimer clock;
-    clock.start();
-    qint64 leftMs = qMax(0, timeoutMs);
+    const QDeadlineTimer deadline(qMax(0, timeoutMs));
     do {
-        m_socket.waitForActivity(static_cast<int>(qMin(leftMs, IDLE_SLICE_MS)));
-        leftMs = qMax(0, timeoutMs) - clock.elapsed();
-        if (leftMs > IDLE_SLICE_MS && !m_reply)
+        m_socket.waitForActivity(static_cast<int>(qMin(deadline.remainingTime(), IDLE_SLICE_MS)));
+        if (!m_reply && deadline.remainingTime() > IDLE_SLICE_MS)
             doIdleWork();
-    } while (!m_tag.isEmpty() && !m_reply && leftMs > 0);
+    } while (!m_tag.isEmpty() && !m_reply && !deadline.hasExpired());
     return std::exchange(m_reply, std::nullopt);
+}
+
+void TcpLink::catchUp(int timeoutMs)
+{
+    const QDeadlineTimer deadline(timeoutMs);
+    while (!m_isProbed && !deadline.hasExpired())
+        m_socket.waitForActivity(static_cast<int>(deadline.remainingTime()));
 }
 
 // Only the bench tells whether the controllers behind it are up.
@@ -82,6 +86,7 @@ void TcpLink::handleLine(const QByteArray& line)
     if (!reply)
         return;
     if (reply->tag == PROBE_TAG) {
+        m_isProbed = true;
         m_isReachable = reply->text == "on";
         if (!m_isReachable)
             m_probeTimer.start();

@@ -15,6 +15,9 @@ public:
     /// @param controllerAddress what address() tells, as the peer only stands in for a controller
     TcpLink(const Endpoint& peer, QString controllerAddress);
 
+    /// Waits until it is known whether the controllers answer, or until the time has run out.
+    void catchUp(int timeoutMs);
+
     void send(Operation operation, const QByteArray& text) override;
     std::optional<Reply> wait(int timeoutMs) override;
     bool isReachable() const override { return m_isReachable; }
@@ -34,4 +37,5 @@ private:
     QByteArray m_unsent; // its line, as long as there is no connection
     std::optional<Reply> m_reply;
     bool m_isReachable = false;
+    bool m_isProbed = false;
 };

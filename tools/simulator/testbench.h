@@ -34,6 +34,9 @@ public:
     /// Whether the bench can be seen and touched now. If not, it stands as it was seen last.
     virtual bool isAtHand() const { return true; }
 
+    /// Waits, for a second at most, until everything can be seen that was done up to now.
+    virtual void catchUp() {}
+
     /// Starts or ends a measurement; does nothing while the system is down.
     virtual void setMeasuring(bool measuring) = 0;
 
