@@ -109,7 +109,8 @@ void Frontend::run()
     if (!m_link.isReachable())
         m_window.connection().showWaiting();
     m_window.show();
-    log(tr("Simulated system: %1").arg(m_system.scenario().title));
+    const QString title = m_system.scenario().title;
+    log(m_access->transcript() ? title : tr("Simulated system: %1").arg(title));
     m_follow.start();
     QApplication::exec();
     m_follow.stop();
@@ -136,15 +137,16 @@ void Frontend::followSystem()
 
 void Frontend::enterModule()
 {
-    m_versions = std::make_unique<BackendVersions>(askVersions());
+    m_versions = std::make_unique<BackendVersions>(versions());
     m_window.connection().showConnected(
         tr("Model %1, tracking software %2, controller firmware %3, command protocol %4")
             .arg(m_versions->zanModel(), m_versions->systemPt().toString(),
                  m_versions->systemCt().toString(), m_versions->protocol().toString()));
-    log(tr("Connected to %1").arg(m_link.address()));
+    if (!m_access->transcript())
+        log(tr("Connected to %1").arg(m_link.address()));
 
     m_session = std::make_unique<ModuleSession>(
-        *m_module, HostParameters{&m_channel, &m_window, m_versions.get(), m_observer});
+        *m_module, HostParameters{&moduleChannel(), &m_window, m_versions.get(), m_observer});
     const QString module =
         QStringLiteral("%1 %2").arg(m_module->get_module_name(), m_module->get_module_version());
     m_window.addModuleEntries(m_session->elements());
@@ -162,6 +164,36 @@ void Frontend::leaveModule()
     m_channel.forgetReceiver(UPDATE_MODULE);
     m_window.removeModuleEntries();
     m_session.reset();
+    m_recorder.reset();
+    if (!m_replay || !m_replay->departure().isEmpty())
+        return;
+    log(m_replay->verdict().isEmpty() ? tr("Everything was called as recorded.")
+                                      : m_replay->verdict());
+}
+
+IOManager& Frontend::moduleChannel()
+{
+    if (const Transcript* transcript = m_access->transcript()) {
+        m_replay = std::make_unique<ReplayChannel>(*transcript, m_channel);
+        return *m_replay;
+    }
+    return m_options.recordFile.isEmpty() ? m_channel : recordedChannel();
+}
+
+IOManager& Frontend::recordedChannel()
+{
+    m_recorder = std::make_unique<RecordingChannel>(
+        m_channel, m_options.recordFile, TranscriptHead{*m_versions, m_observer},
+        QStringLiteral("demo-frontend %1").arg(QLatin1String(frontendVersion)));
+    if (m_recorder->isRecording())
+        log(tr("Recording to %1").arg(m_recorder->fileName()));
+    return *m_recorder;
+}
+
+BackendVersions Frontend::versions()
+{
+    const Transcript* transcript = m_access->transcript();
+    return transcript ? transcript->head.versions : askVersions();
 }
 
 BackendVersions Frontend::askVersions()

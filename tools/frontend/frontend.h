@@ -7,6 +7,8 @@
 #include "systemaccess.h"
 #include "textreceiver.h"
 
+#include <replaychannel.h>
+
 #include <QLockFile>
 #include <QTimer>
 
@@ -39,6 +41,8 @@ public:
 
     MainWindow& window() { return m_window; }
     TestBench& system() const { return m_system; }
+    /// The replay of a transcript; null without one, and before the module takes part.
+    const ReplayChannel* replay() const { return m_replay.get(); }
 
 private:
     void forgetHome();
@@ -46,6 +50,9 @@ private:
     void followSystem();
     void enterModule();
     void leaveModule();
+    IOManager& moduleChannel();
+    IOManager& recordedChannel();
+    BackendVersions versions();
     BackendVersions askVersions();
     VersionInfo askVersion(const char* key);
     void searchForHardware();
@@ -67,5 +74,7 @@ private:
     bool m_isWaiting = false; // for a reply
     ModuleInterface* m_module = nullptr;
     std::unique_ptr<BackendVersions> m_versions;
+    std::unique_ptr<RecordingChannel> m_recorder;
+    std::unique_ptr<ReplayChannel> m_replay;
     std::unique_ptr<ModuleSession> m_session; // last: it uses all the others
 };

@@ -12,6 +12,8 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
+#include <limits>
 
 // Longer than the longest time that a module may wait for a controller.
 static constexpr std::chrono::seconds PATIENCE(180);
@@ -49,12 +51,35 @@ static ExitCode judge(const TestBench& system, const QStringList& refusals, Narr
     return Success;
 }
 
+// Whether there is more to do, once nothing is left that the windows ask for: calls of the record
+// that are not made yet, and fewer of them at every look.
+static std::function<bool()> moreIn(const Frontend& frontend)
+{
+    return [&frontend, left = std::numeric_limits<int>::max()]() mutable {
+        const int before = left;
+        left = frontend.replay() ? frontend.replay()->callsLeft() : 0;
+        return left > 0 && left < before;
+    };
+}
+
+static ExitCode judge(const ReplayChannel& replay, Narrator& narrator)
+{
+    const QString verdict = replay.verdict();
+    narrator.tell(QStringLiteral("result"),
+                  verdict.isEmpty() ? QStringLiteral("Everything was called as recorded.")
+                                    : verdict);
+    return verdict.isEmpty() ? Success : Departed;
+}
+
 ExitCode runHeadless(Frontend& frontend, const Options& options, Narrator& narrator)
 {
     Screenshots screenshots(options.screenshotDir, options.stateDir + "/last-picture");
     Watchdog watchdog(PATIENCE, giveUp);
     UserDriver driver(frontend.window(), narrator, screenshots, watchdog);
+    driver.setMoreToDo(moreIn(frontend));
     frontend.run();
+    if (frontend.replay())
+        return judge(*frontend.replay(), narrator);
     frontend.system().catchUp();
     return judge(frontend.system(), driver.refusals(), narrator);
 }

@@ -3,6 +3,7 @@
 #include "narrator.h"
 #include "options.h"
 #include "remoteaccess.h"
+#include "replayaccess.h"
 #include "simulatedaccess.h"
 #include "version.h"
 
@@ -72,6 +73,8 @@ std::unique_ptr<SystemAccess> accessFor(const Options& options, QString* error)
 {
     if (options.peer)
         return RemoteAccess::connectTo(*options.peer, error);
+    if (!options.replayFile.isEmpty())
+        return ReplayAccess::open(options.replayFile, error);
     std::optional<Scenario> scenario = ScenarioReader::read(options.scenario, error);
     if (!scenario)
         return nullptr;

@@ -22,7 +22,9 @@ Exit codes:
      last lines say which, and what was refused
   4  --headless: a window or the program hangs; the last line names the window
   5  --headless: the controllers restart; start again with the same state folder
-     to see what became of the update)";
+     to see what became of the update
+  6  --headless with --replay: the module did not call what was recorded; the last
+     lines say what it called instead, or what it left out)";
 
 struct CommandLine
 {
@@ -49,6 +51,14 @@ struct CommandLine
                                    "With --headless: saves a picture of every "
                                    "window and message box.",
                                    "DIR"};
+    QCommandLineOption record{"record",
+                              "Records what passes between the module and the controllers. A file "
+                              "that holds a record already is kept: the next one gets a number.",
+                              "FILE"};
+    QCommandLineOption replay{"replay",
+                              "Answers the module from a record, without simulated controllers, "
+                              "and tells where it first departs from it.",
+                              "FILE"};
     QCommandLineOption observer{"observer", "The user may only look on."};
     QCommandLineOption dark{"dark", "Starts with the dark theme."};
     QCommandLineOption plugin{"plugin", "The update module to load.", "FILE"};
@@ -56,8 +66,8 @@ struct CommandLine
     CommandLine()
     {
         parser.setApplicationDescription(QString::fromLatin1(description));
-        parser.addOptions({help, list, scenario, connectTo, stateDir, fresh, fast, headless,
-                           screenshots, observer, dark, plugin, version});
+        parser.addOptions({help, list, scenario, connectTo, stateDir, fresh, fast, headless, record,
+                           replay, screenshots, observer, dark, plugin, version});
     }
 };
 
@@ -84,6 +94,15 @@ QString scenarioOf(const QString& text)
                                                                                     : text;
 }
 
+// Each system has a state of its own.
+QString stateNameOf(const Options& options)
+{
+    if (options.peer)
+        return QStringLiteral("connected");
+    const bool isReplay = !options.replayFile.isEmpty();
+    return QFileInfo(isReplay ? options.replayFile : options.scenario).completeBaseName();
+}
+
 Options optionsOf(const CommandLine& line, const QString& programDir)
 {
     const QCommandLineParser& parser = line.parser;
@@ -91,11 +110,13 @@ Options optionsOf(const CommandLine& line, const QString& programDir)
     options.action = actionOf(line);
     options.scenario = scenarioOf(parser.value(line.scenario));
     options.peer = Endpoint::read(parser.value(line.connectTo));
-    const QString name =
-        options.peer ? QStringLiteral("connected") : QFileInfo(options.scenario).completeBaseName();
+    if (parser.isSet(line.record))
+        options.recordFile = absolute(parser.value(line.record));
+    if (parser.isSet(line.replay))
+        options.replayFile = absolute(parser.value(line.replay));
     options.stateDir = parser.isSet(line.stateDir)
                            ? absolute(parser.value(line.stateDir))
-                           : QDir::cleanPath(programDir + "/../state/" + name);
+                           : QDir::cleanPath(programDir + "/../state/" + stateNameOf(options));
     options.pluginFile = parser.isSet(line.plugin)
                              ? absolute(parser.value(line.plugin))
                              : programDir + QLatin1String("/modules/libZanUpdateModule.so");
@@ -109,12 +130,9 @@ Options optionsOf(const CommandLine& line, const QString& programDir)
     return options;
 }
 
-// Empty if what was asked for goes together.
-QString contradictionIn(const CommandLine& line, const Options& options)
+QString contradictionInConnection(const CommandLine& line, const Options& options)
 {
     const QCommandLineParser& parser = line.parser;
-    if (!options.screenshotDir.isEmpty() && !options.headless)
-        return QStringLiteral("--screenshots needs --headless");
     if (!parser.isSet(line.connectTo))
         return QString();
     if (!options.peer || options.peer->port == 0)
@@ -126,6 +144,33 @@ QString contradictionIn(const CommandLine& line, const Options& options)
                 .arg(own->names().constFirst());
     }
     return QString();
+}
+
+// What else says how the system is, or has one at all, has no place beside a record that does.
+QString contradictionInReplay(const CommandLine& line)
+{
+    if (!line.parser.isSet(line.replay))
+        return QString();
+    for (const QCommandLineOption* other :
+         {&line.scenario, &line.connectTo, &line.record, &line.observer}) {
+        if (line.parser.isSet(*other))
+            return QStringLiteral("--replay and --%1 exclude each other")
+                .arg(other->names().constFirst());
+    }
+    return QString();
+}
+
+// Empty if what was asked for goes together.
+QString contradictionIn(const CommandLine& line, const Options& options)
+{
+    if (!options.screenshotDir.isEmpty() && !options.headless)
+        return QStringLiteral("--screenshots needs --headless");
+    for (const QCommandLineOption* file : {&line.record, &line.replay}) {
+        if (line.parser.isSet(*file) && line.parser.value(*file).isEmpty())
+            return QStringLiteral("--%1 needs a file").arg(file->names().constFirst());
+    }
+    const QString inReplay = contradictionInReplay(line);
+    return inReplay.isEmpty() ? contradictionInConnection(line, options) : inReplay;
 }
 
 } // namespace

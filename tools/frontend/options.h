@@ -23,6 +23,8 @@ struct Options
     std::optional<Endpoint> peer; ///< of a simulated system in another process; none: one in here
     QString stateDir;             ///< absolute; made when it is needed
     QString pluginFile;           ///< absolute
+    QString recordFile;           ///< absolute; empty: no record
+    QString replayFile;           ///< absolute; empty: there is a system
     QString screenshotDir;        ///< absolute; empty: no pictures
     bool fresh = false;
     bool fast = false;
@@ -40,6 +42,7 @@ enum ExitCode : int
     NotNewest = 3,
     Hanging = 4,
     StartAgain = 5,
+    Departed = 6,
 };
 
 /// Reads the command line.

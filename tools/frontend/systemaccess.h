@@ -4,6 +4,8 @@
 
 #include <testbench.h>
 
+struct Transcript;
+
 /// The system that the frontend operates: the line to its controllers, and the test bench on which
 /// it can be watched. To be used from the user interface thread.
 class SystemAccess
@@ -13,6 +15,9 @@ public:
 
     virtual CommandLink& link() = 0;
     virtual TestBench& bench() = 0;
+
+    /// What answers the module in the place of the controllers; null if they do.
+    virtual const Transcript* transcript() const { return nullptr; }
 
     /// Begins to keep what has to outlive the frontend in the folder @p stateDir, which exists.
     ///

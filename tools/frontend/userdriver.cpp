@@ -299,7 +299,7 @@ void UserDriver::useMainWindow(QWidget& window, int /*visit*/)
         return;
     }
     if (m_idle.elapsed() < ownWindowsMs || powerCycleCameras() || searchForCameras() ||
-        openUpdateDialog())
+        openUpdateDialog() || lookAgain())
         return;
     present(window, QStringLiteral("frontend"));
     m_isLeaving = true;
@@ -364,4 +364,12 @@ bool UserDriver::searchForCameras()
     m_hasSeenUpdateDialog = false;
     trigger(m_window.findChild<QAction*>("actionSearchHardware"));
     return true;
+}
+
+bool UserDriver::lookAgain()
+{
+    if (!m_moreToDo || !m_moreToDo())
+        return false;
+    m_hasSeenUpdateDialog = false;
+    return openUpdateDialog();
 }

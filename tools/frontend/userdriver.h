@@ -7,6 +7,8 @@
 #include <QSet>
 #include <QTimer>
 
+#include <functional>
+
 class MainWindow;
 class Narrator;
 class QPushButton;
@@ -26,6 +28,10 @@ public:
     /// All must outlive the driver, which begins as soon as events are served.
     UserDriver(MainWindow& window, Narrator& narrator, Screenshots& screenshots,
                Watchdog& watchdog);
+
+    /// Has the user open the update dialog again, when all is done, as long as @p more says that
+    /// there is something to do.
+    void setMoreToDo(const std::function<bool()>& more) { m_moreToDo = more; }
 
     /// The texts with which something was refused.
     const QStringList& refusals() const { return m_refusals; }
@@ -61,6 +67,7 @@ private:
     bool openUpdateDialog();
     bool powerCycleCameras();
     bool searchForCameras();
+    bool lookAgain();
     bool hasCameraThat(const QString& activity) const;
 
     MainWindow& m_window;
@@ -78,6 +85,7 @@ private:
     bool m_hasPictureOfRun = false;
     bool m_hasPictureOfWaiting = false;
     bool m_isLeaving = false;
+    std::function<bool()> m_moreToDo;
     QString m_runState;
     QString m_runTold;
 };

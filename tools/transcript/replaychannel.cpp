@@ -41,10 +41,15 @@ void ReplayChannel::depart(const QByteArray& call)
     m_host.post_message("standard", "Transcript", 1, m_departure.toLatin1().constData());
 }
 
+int ReplayChannel::callsLeft() const
+{
+    return m_departure.isEmpty() ? m_transcript.calls.size() - m_next : 0;
+}
+
 QString ReplayChannel::verdict() const
 {
-    const int left = m_transcript.calls.size() - m_next;
-    if (!m_departure.isEmpty() || left == 0)
+    const int left = callsLeft();
+    if (left == 0)
         return m_departure;
     const TranscriptCall& next = m_transcript.calls.at(m_next);
     return QStringLiteral("%1: line %2: %3 recorded calls were not made, the first of them %4")

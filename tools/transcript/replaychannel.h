@@ -25,6 +25,8 @@ public:
 
     /// The first departure: "FILE: line N: expected CALL, called CALL"; empty if there is none.
     const QString& departure() const { return m_departure; }
+    /// How many recorded calls are still to come; none after a departure.
+    int callsLeft() const;
     /// What is wrong if nothing more will be called: the departure, or which calls are left over.
     /// Empty if everything came as recorded.
     QString verdict() const;
