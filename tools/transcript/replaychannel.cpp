@@ -52,9 +52,9 @@ QString ReplayChannel::verdict() const
     if (left == 0)
         return m_departure;
     const TranscriptCall& next = m_transcript.calls.at(m_next);
-    return QStringLiteral("%1: line %2: %3 recorded calls were not made, the first of them %4")
-        .arg(m_transcript.file, QString::number(next.line), QString::number(left),
-             QString::fromLatin1(next.call));
+    return QStringLiteral("%1: line %2: expected %3, called nothing more; calls left over: %4")
+        .arg(m_transcript.file, QString::number(next.line), QString::fromLatin1(next.call),
+             QString::number(left));
 }
 
 void ReplayChannel::prepare_reply(int kind, int timeoutMs, int pollFollows)

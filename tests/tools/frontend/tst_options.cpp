@@ -34,6 +34,7 @@ private slots:
         QCOMPARE(options.stateDir, QString("/opt/build/state/cascade"));
         QCOMPARE(options.pluginFile, QString("/opt/build/demo/modules/libZanUpdateModule.so"));
         QVERIFY(options.screenshotDir.isEmpty());
+        QVERIFY(options.recordFile.isEmpty() && options.replayFile.isEmpty());
         QVERIFY(!options.fresh && !options.fast && !options.headless && !options.observer &&
                 !options.dark);
     }
@@ -42,14 +43,15 @@ private slots:
     {
         Options options;
         QString error;
-        QVERIFY(
-            parse({"--scenario", "single", "--state-dir", "s", "--fresh", "--fast", "--headless",
-                   "--screenshots", "/p/q/..", "--observer", "--dark", "--plugin", "x.so"},
-                  &options, &error));
+        QVERIFY(parse({"--scenario", "single", "--state-dir", "s", "--fresh", "--fast",
+                       "--headless", "--screenshots", "/p/q/..", "--record", "r/run.transcript",
+                       "--observer", "--dark", "--plugin", "x.so"},
+                      &options, &error));
         QCOMPARE(options.scenario, QString("single"));
         QCOMPARE(options.stateDir, here("s"));
         QCOMPARE(options.screenshotDir, QString("/p"));
         QCOMPARE(options.pluginFile, here("x.so"));
+        QCOMPARE(options.recordFile, here("r/run.transcript"));
         QVERIFY(options.fresh && options.fast && options.headless && options.observer &&
                 options.dark);
     }
@@ -63,6 +65,17 @@ private slots:
         QCOMPARE(options.stateDir, QString("/opt/build/state/my"));
         QVERIFY(parse({"--scenario", "dir/mine"}, &options, &error));
         QCOMPARE(options.scenario, here("dir/mine"));
+    }
+
+    void replayHasAStateFolderOfItsOwn()
+    {
+        Options options;
+        QString error;
+        QVERIFY(parse({"--replay", "r/run.2.transcript", "--headless", "--fast", "--fresh"},
+                      &options, &error));
+        QCOMPARE(options.replayFile, here("r/run.2.transcript"));
+        QCOMPARE(options.stateDir, QString("/opt/build/state/run.2"));
+        QVERIFY(options.recordFile.isEmpty());
     }
 
     void whatIsOnlyToldIsToldApart()
@@ -88,6 +101,17 @@ private slots:
         QTest::newRow("stray word") << QStringList{"cascade"} << "Unexpected argument: cascade";
         QTest::newRow("pictures of a window that people use")
             << QStringList{"--screenshots", "x"} << "--screenshots needs --headless";
+        QTest::newRow("a record without a file")
+            << QStringList{"--record", ""} << "--record needs a file";
+        QTest::newRow("a replay without a file")
+            << QStringList{"--replay="} << "--replay needs a file";
+        QTest::newRow("a record of a replay") << QStringList{"--record", "a", "--replay", "b"}
+                                              << "--replay and --record exclude each other";
+        QTest::newRow("a replay with a scenario")
+            << QStringList{"--scenario", "single", "--replay", "b"}
+            << "--replay and --scenario exclude each other";
+        QTest::newRow("a replay for an observer") << QStringList{"--replay", "b", "--observer"}
+                                                  << "--replay and --observer exclude each other";
     }
 
     void wrongUsageIsExplained()
@@ -103,9 +127,10 @@ private slots:
     {
         const QString help = helpText();
         for (const char* text :
-             {"--scenario", "--list", "--state-dir", "--fresh", "--fast", "--headless",
-              "--screenshots", "--observer", "--dark", "--plugin", "--version", "HOME", "\n  0  ",
-              "\n  1  ", "\n  2  ", "\n  3  ", "\n  4  ", "\n  5  "})
+             {"--scenario",    "--list",     "--state-dir", "--fresh",  "--fast",   "--headless",
+              "--screenshots", "--observer", "--dark",      "--plugin", "--record", "--replay",
+              "--version",     "HOME",       "\n  0  ",     "\n  1  ",  "\n  2  ",  "\n  3  ",
+              "\n  4  ",       "\n  5  ",    "\n  6  "})
             QVERIFY2(help.contains(text), text);
     }
 };

@@ -283,11 +283,9 @@ void TestReplayChannel::callsThatAreLeftOverAreReported()
 {
     Replay replay("set_value \"a\" = 0\nset_value \"b\" = 0\n# a\nset_value \"c\" = 0\n");
     const auto left = [](int calls, int line, const char* next) {
-        return QStringLiteral("run.transcript: line %1: %2 recorded calls were not made, the first "
-                              "of them set_value \"%3\"")
-            .arg(line)
-            .arg(calls)
-            .arg(next);
+        return QStringLiteral("run.transcript: line %1: expected set_value \"%2\", called nothing "
+                              "more; calls left over: %3")
+            .arg(QString::number(line), QString(next), QString::number(calls));
     };
     QCOMPARE(replay.channel.verdict(), left(3, 8, "a"));
     replay.channel.set_value("a");
