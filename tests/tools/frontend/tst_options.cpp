@@ -110,6 +110,9 @@ private slots:
         QTest::newRow("a replay with a scenario")
             << QStringList{"--scenario", "single", "--replay", "b"}
             << "--replay and --scenario exclude each other";
+        QTest::newRow("a replay of a system somewhere else")
+            << QStringList{"--connect", "127.0.0.1:4711", "--replay", "b"}
+            << "--replay and --connect exclude each other";
         QTest::newRow("a replay for an observer") << QStringList{"--replay", "b", "--observer"}
                                                   << "--replay and --observer exclude each other";
     }
