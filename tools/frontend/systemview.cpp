@@ -1,5 +1,7 @@
 #include "systemview.h"
 
+#include "faultdialog.h"
+
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -92,11 +94,12 @@ QTableView* makeDeviceView(QAbstractTableModel* model, const QString& name)
     return view;
 }
 
-QHBoxLayout* rightAligned(QWidget* widget)
+QHBoxLayout* rightAligned(const QList<QWidget*>& widgets)
 {
     auto* line = new QHBoxLayout;
     line->addStretch();
-    line->addWidget(widget);
+    for (QWidget* widget : widgets)
+        line->addWidget(widget);
     return line;
 }
 
@@ -111,6 +114,8 @@ SystemView::SystemView(TestBench& system, QWidget* parent)
     layout->addWidget(makeControllers(), system.controllers().size());
     if (!system.cameras().isEmpty())
         layout->addWidget(makeCameras(), system.cameras().size());
+
+    refresh();
 
     // A stream of records changes the system more often than eyes can follow.
     m_refresh.setSingleShot(true);
@@ -131,7 +136,7 @@ QWidget* SystemView::makeControllers()
     power->setObjectName(QStringLiteral("pushButton_powerCycleControllers"));
     power->setStatusTip(tr("Take power off all controllers and give it back"));
     connect(power, &QPushButton::clicked, &m_system, &TestBench::powerCycle);
-    layout->addLayout(rightAligned(power));
+    layout->addLayout(rightAligned({makeFaultButton(), power}));
     return group;
 }
 
@@ -149,14 +154,35 @@ QWidget* SystemView::makeCameras()
     connect(m_cameraPower, &QPushButton::clicked, this, &SystemView::powerCycleSelectedCameras);
     connect(m_cameraView->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             [this] { m_cameraPower->setEnabled(m_cameraView->selectionModel()->hasSelection()); });
-    layout->addLayout(rightAligned(m_cameraPower));
+    layout->addLayout(rightAligned({m_cameraPower}));
     return group;
+}
+
+QPushButton* SystemView::makeFaultButton()
+{
+    m_faults = new QPushButton;
+    m_faults->setObjectName(QStringLiteral("pushButton_faults"));
+    m_faults->setStatusTip(tr("Choose what shall go wrong"));
+    connect(m_faults, &QPushButton::clicked, this, &SystemView::showFaults);
+    return m_faults;
+}
+
+void SystemView::showFaults()
+{
+    if (!m_faultDialog)
+        m_faultDialog = new FaultDialog(m_system, window());
+    m_faultDialog->show();
+    m_faultDialog->raise();
+    m_faultDialog->activateWindow();
 }
 
 void SystemView::refresh()
 {
     m_controllers->refresh();
     m_cameras->refresh();
+    const int armed = m_system.armedFaults().size();
+    m_faults->setText(armed == 0 ? tr("Fa&ults on demand...")
+                                 : tr("Fa&ults on demand (%1 armed)...").arg(armed));
 }
 
 void SystemView::powerCycleSelectedCameras()

@@ -5,6 +5,7 @@
 #include <QTimer>
 #include <QWidget>
 
+class FaultDialog;
 class QPushButton;
 class QTableView;
 
@@ -21,6 +22,8 @@ public:
 private:
     QWidget* makeControllers();
     QWidget* makeCameras();
+    QPushButton* makeFaultButton();
+    void showFaults();
     void refresh();
     void powerCycleSelectedCameras();
 
@@ -29,5 +32,7 @@ private:
     DeviceTable<CameraState>* m_cameras;
     QTableView* m_cameraView = nullptr;
     QPushButton* m_cameraPower = nullptr;
+    QPushButton* m_faults = nullptr;
+    FaultDialog* m_faultDialog = nullptr; // made when it is wanted for the first time
     QTimer m_refresh;
 };

@@ -83,6 +83,24 @@ bool Fault::concerns(const QString& deviceName) const
     return device.isEmpty() || device == deviceName;
 }
 
+QString Fault::text() const
+{
+    QStringList details = {device.isEmpty() ? QStringLiteral("any device") : device};
+    if (!request.isEmpty())
+        details += QStringLiteral("at \"%1\"").arg(QString::fromUtf8(request));
+    else if (record > 0)
+        details += QStringLiteral("record %1").arg(record);
+    else if (seed)
+        details += QStringLiteral("random record, seed %1").arg(*seed);
+    if (mode == FaultMode::AnswerLate)
+        details += QStringLiteral("%1 s late").arg(delayMs / 1000.0);
+    if (times != 1)
+        details +=
+            times == 0 ? QStringLiteral("every time") : QStringLiteral("%1 times").arg(times);
+    return QStringLiteral("%1: %2").arg(faultModeInfo(mode).title,
+                                        details.join(QStringLiteral(", ")));
+}
+
 FaultPlan::FaultPlan(const QVector<Fault>& faults) : m_faults(faults) {}
 
 void FaultPlan::add(const Fault& fault)

@@ -64,6 +64,9 @@ struct Fault
 
     /// Whether the fault is one of @p deviceName.
     bool concerns(const QString& deviceName) const;
+
+    /// One line for people: "Refuse a record: zan-left, record 10, every time".
+    QString text() const;
 };
 
 /// One exchange as faults see it.

@@ -13,6 +13,7 @@
 // For the columns of tables.
 Q_DECLARE_METATYPE(BlockReceiver::State)
 Q_DECLARE_METATYPE(Delivery)
+Q_DECLARE_METATYPE(Fault)
 Q_DECLARE_METATYPE(FaultMode)
 Q_DECLARE_METATYPE(Measurement)
 Q_DECLARE_METATYPE(Operation)

@@ -9,6 +9,35 @@ class FaultsTest : public QObject
     Q_OBJECT
 
 private slots:
+    void textTellsWhatWasChosen_data()
+    {
+        QTest::addColumn<Fault>("fault");
+        QTest::addColumn<QString>("text");
+        Fault fault;
+        QTest::newRow("nothing but the mode") << fault << "Refuse a record: any device";
+        fault.device = "zan-left";
+        fault.record = 10;
+        QTest::newRow("a record of a device") << fault << "Refuse a record: zan-left, record 10";
+        fault.times = 0;
+        QTest::newRow("every time") << fault << "Refuse a record: zan-left, record 10, every time";
+        fault.times = 3;
+        fault.request = "system version";
+        QTest::newRow("a request, several times")
+            << fault << "Refuse a record: zan-left, at \"system version\", 3 times";
+        Fault late;
+        late.mode = FaultMode::AnswerLate;
+        late.seed = 7;
+        late.delayMs = 2500;
+        QTest::newRow("late at a random record")
+            << late << "Answer the last record late: any device, random record, seed 7, 2.5 s late";
+    }
+
+    void textTellsWhatWasChosen()
+    {
+        QFETCH(const Fault, fault);
+        QTEST(fault.text(), "text");
+    }
+
     void everyModeHasItsOwnNameAndTitle();
     void strikesTheRecord_data();
     void strikesTheRecord();
