@@ -87,8 +87,9 @@ void FaultDialog::makeLayout()
     auto* form = new QFormLayout;
     form->addRow(tr("&Fault:"), m_mode);
     form->addRow(tr("De&vice:"), m_device);
-    form->addRow(tr("&Moment:"), moment);
-    m_moment->setAccessibleName(tr("Moment"));
+    auto* momentLabel = new QLabel(tr("&Moment:"));
+    momentLabel->setBuddy(m_moment); // a row with a layout gets none by itself
+    form->addRow(momentLabel, moment);
 
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close);
     buttons->addButton(m_arm, QDialogButtonBox::ActionRole);
