@@ -10,6 +10,7 @@ class TestScriptedChannel : public QObject
 private slots:
     void logsEveryCallInItsForm();
     void answersInTurnAndRepeatsTheLast();
+    void failsWithANumberAndWritesNothing();
     void prefersTheWholeTextAndThenTheLongestPrefix();
     void failsUnscriptedQueriesAndPassesTheRest();
     void writesNoMoreThanTheContractAllows();
@@ -60,6 +61,15 @@ void TestScriptedChannel::answersInTurnAndRepeatsTheLast()
         QCOMPARE(channel.get_int(&number, "a"), 0);
         QCOMPARE(number, 7);
     }
+}
+
+void TestScriptedChannel::failsWithANumberAndWritesNothing()
+{
+    ScriptedChannel channel;
+    channel.on("a").failWith(-4);
+    char text[200] = "earlier";
+    QCOMPARE(channel.get_string(text, "a"), -4);
+    QCOMPARE(text, "earlier");
 }
 
 void TestScriptedChannel::prefersTheWholeTextAndThenTheLongestPrefix()
