@@ -13,6 +13,7 @@
 #include "replybuffer.h"
 #include "searchhardwaredlg.h"
 #include "sixbitencoding.h"
+#include "supportedcontrollers.h"
 #include "zanmoduleserver.h"
 #include "zanupdatemessagereceiver.h"
 
@@ -204,6 +205,31 @@ QString ZanUpdateModule2GSettingsdlg::preferencesFile() const
     return sConfigDir + QLatin1String("/zanupdate-preferences.xml");
 }
 
+// @return what the log says of a file that cannot be used; empty if it can
+static QString readPreferences(QFile* file, QDomDocument* xml)
+{
+    if (!file->open(QIODevice::ReadOnly))
+        return QStringLiteral("Error: Loading ZANupdate preferences. File %1 cannot be opened for "
+                              "reading. Using built-in values")
+            .arg(file->fileName());
+    const QString text = QString::fromUtf8(file->read(MAX_PREFERENCES_BYTES));
+    // Entities let a short text grow without bounds, so one that declares any is not even parsed.
+    const bool isSafe = !text.contains(QLatin1String("<!ENTITY"));
+    QString errorMsg;
+    int errorLine = 0;
+    int errorColumn = 0;
+    if (isSafe && !xml->setContent(text, false, &errorMsg, &errorLine, &errorColumn))
+        return QStringLiteral("Error: Loading ZANupdate preferences while parsing %1 (Line %2, "
+                              "Column %3) :\n%4. Using built-in values")
+            .arg(file->fileName(), QString::number(errorLine), QString::number(errorColumn),
+                 errorMsg);
+    if (xml->documentElement().tagName() != QLatin1String(PREFERENCES_ROOT))
+        return QStringLiteral("Error: Loading ZANupdate preferences while parsing %1 : The file "
+                              "doesn't look like a valid preferences file. Using built-in values")
+            .arg(file->fileName());
+    return QString();
+}
+
 void ZanUpdateModule2GSettingsdlg::loadSettings()
 {
     QFile file(preferencesFile());
@@ -212,31 +238,10 @@ void ZanUpdateModule2GSettingsdlg::loadSettings()
         bShowNewFeatures = true;
         return;
     }
-    if (!file.open(QIODevice::ReadOnly)) {
-        logToHost(iom, QStringLiteral("Error: Loading ZANupdate preferences. File %1 cannot be "
-                                      "opened for reading. Using built-in values")
-                           .arg(file.fileName()));
-        return;
-    }
     QDomDocument xml;
-    QString errorMsg;
-    int errorLine = 0;
-    int errorColumn = 0;
-    const QString text = QString::fromUtf8(file.read(MAX_PREFERENCES_BYTES));
-    // Entities let a short text grow without bounds, so one that declares any is not even parsed.
-    const bool isSafe = !text.contains(QLatin1String("<!ENTITY"));
-    if (isSafe && !xml.setContent(text, false, &errorMsg, &errorLine, &errorColumn)) {
-        logToHost(iom, QStringLiteral("Error: Loading ZANupdate preferences while parsing %1 "
-                                      "(Line %2, Column %3) :\n%4. Using built-in values")
-                           .arg(file.fileName(), QString::number(errorLine),
-                                QString::number(errorColumn), errorMsg));
-        return;
-    }
-    if (xml.documentElement().tagName() != QLatin1String(PREFERENCES_ROOT)) {
-        logToHost(iom, QStringLiteral("Error: Loading ZANupdate preferences while parsing %1 : The "
-                                      "file doesn't look like a valid preferences file. Using "
-                                      "built-in values")
-                           .arg(file.fileName()));
+    const QString complaint = readPreferences(&file, &xml);
+    if (!complaint.isEmpty()) {
+        logToHost(iom, complaint);
         return;
     }
     for (QDomNode node = xml.documentElement().firstChild(); !node.isNull();
@@ -449,42 +454,6 @@ bool ZanUpdateModule2GSettingsdlg::passesChecks()
     return true;
 }
 
-static bool isSupportedBoard(const QString& description)
-{
-    const QString board = description.toUpper();
-    for (const char* supported :
-         {"SB330", "SB331", "SB332", "SB333", "D3231", "FUJITSU", "CINCOZE"}) {
-        if (board.contains(QLatin1String(supported)))
-            return true;
-    }
-    return false;
-}
-
-static bool isSupportedSlaveSerial(int serial)
-{
-    switch (serial) {
-    case 124:
-    case 258:
-    case 350:
-    case 457:
-        return true;
-    case 521:
-    case 522:
-    case 533:
-        return false;
-    default:
-        return serial > 517;
-    }
-}
-
-static bool isDiscontinued(const ZanController& controller)
-{
-    if (controller.getSystemModel() != 0 && controller.getSystemModel() != 2)
-        return false;
-    return controller.isSlave() ? !isSupportedSlaveSerial(controller.getControllerSerial())
-                                : !isSupportedBoard(controller.getMainboardDesc());
-}
-
 bool ZanUpdateModule2GSettingsdlg::zan_is_supported(QList<ZanController*>* discontinuedZan)
 {
     discontinuedZan->clear();
@@ -652,6 +621,17 @@ void ZanUpdateModule2GSettingsdlg::askForWolSlaves()
 
 // ---- Run
 
+// Why a row failed; the results of a run add up.
+enum RunResult : int
+{
+    BLOCK_FAILED = -33,
+    NO_REDIRECTION = -44,
+    CAMERA_RECORD_NOT_SENT = -200,
+    CAMERA_LAST_REPLY_MISSING = -222,
+    CAMERA_REFUSES_UPDATE = -300,
+    CAMERA_ERROR_REPLY = -333,
+};
+
 bool ZanUpdateModule2GSettingsdlg::confirmStart()
 {
     QMessageBox box(QMessageBox::Information, tr("VORNIX3"),
@@ -734,10 +714,10 @@ int ZanUpdateModule2GSettingsdlg::do_zan_update(ZanDisplay* display)
         const ZAN_UPDATE_TYPE type = display->update()->getUpdateBlock(blockIndex)->type;
         showWhatInDialog(whatIsUpdated(type, display->controller()->hostname()));
         if (!display->controller()->setupRedirection())
-            return -44;
+            return NO_REDIRECTION;
         if (do_update_img_data(display->update(), blockIndex, indexBlocksMustUpdate) < 0) {
             showMessageInDialog(QStringLiteral("Update not successful"), 0);
-            return -33;
+            return BLOCK_FAILED;
         }
         // The controller needs this pause, and nothing may be sent meanwhile.
         if (type == ZAN_SYSTEM_UPDATE)
@@ -875,7 +855,7 @@ int ZanUpdateModule2GSettingsdlg::do_cam_update(ZanDisplay* display)
                                     file.getDurationLastCmdSec());
     if (err == 0)
         showMessageInDialog(QStringLiteral("Update of camera successful"), 100);
-    else if (err == -300) // a full bar also on this failure
+    else if (err == CAMERA_REFUSES_UPDATE) // a full bar also on this failure
         showMessageInDialog(QStringLiteral("Update of camera was not successful"), 100);
     return err;
 }
@@ -914,11 +894,11 @@ int ZanUpdateModule2GSettingsdlg::readCamFileInfo(bool bUpdate, int iCam, const 
 static QString cameraImageMessage(int code)
 {
     switch (code) {
-    case -222:
+    case CAMERA_LAST_REPLY_MISSING:
         return QStringLiteral("Update not successful!");
-    case -300:
+    case CAMERA_REFUSES_UPDATE:
         return QStringLiteral("camera update failed");
-    case -333:
+    case CAMERA_ERROR_REPLY:
         return QStringLiteral("update failed");
     default:
         return QStringLiteral("cannot read file");
@@ -977,7 +957,8 @@ static int cameraReplyCode(const ReplyBuffer<>& res)
     if (!res.startsWith("vornix2 err"))
         return 0;
     const QString text = res.latin1().remove(QLatin1Char('"'));
-    return text.startsWith(QLatin1String("vornix2 err -26")) ? -300 : -333;
+    return text.startsWith(QLatin1String("vornix2 err -26")) ? CAMERA_REFUSES_UPDATE
+                                                             : CAMERA_ERROR_REPLY;
 }
 
 int ZanUpdateModule2GSettingsdlg::sendCameraCommand(const QString& sCmd, bool isLast,
@@ -989,9 +970,9 @@ int ZanUpdateModule2GSettingsdlg::sendCameraCommand(const QString& sCmd, bool is
         iom->prepare_reply(1, static_cast<int>(GRACE_SECONDS + durationLastCmdSec) * 1000, 1);
     const int failed = iom->send_command(res.forReply(), "%s", sCmd.toLatin1().constData());
     if (isLast && iom->poll_reply(3) != 0)
-        return -222;
+        return CAMERA_LAST_REPLY_MISSING;
     if (!isLast && failed != 0)
-        return -200;
+        return CAMERA_RECORD_NOT_SENT;
     return cameraReplyCode(res);
 }
 
