@@ -99,8 +99,11 @@ QString stateNameOf(const Options& options)
 {
     if (options.peer)
         return QStringLiteral("connected");
-    const bool isReplay = !options.replayFile.isEmpty();
-    return QFileInfo(isReplay ? options.replayFile : options.scenario).completeBaseName();
+    if (!options.replayFile.isEmpty())
+        return QFileInfo(options.replayFile).completeBaseName();
+    // The names of shipped scenarios have no suffix, but may have dots.
+    const QFileInfo scenario(options.scenario);
+    return scenario.isAbsolute() ? scenario.completeBaseName() : options.scenario;
 }
 
 Options optionsOf(const CommandLine& line, const QString& programDir)

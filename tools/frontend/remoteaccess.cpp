@@ -58,7 +58,7 @@ std::optional<Scenario> scenarioFrom(const WireReply& answer, QString* error)
     if (!root.ok())
         return std::nullopt;
     const QJsonObject content = object->value(QStringLiteral("scenario")).toObject();
-    return ScenarioReader::parse(QJsonDocument(content).toJson(), name, error);
+    return ScenarioReader::parse(QJsonDocument(content).toJson(), name + QStringLiteral(".json"), error);
 }
 
 } // namespace

@@ -56,6 +56,14 @@ private slots:
                 options.dark);
     }
 
+    void scenarioWithDotsKeepsItsWholeNameInItsStateFolder()
+    {
+        Options options;
+        QString error;
+        QVERIFY(parse({"--scenario", "protocol-1.22"}, &options, &error));
+        QCOMPARE(options.stateDir, QString("/opt/build/state/protocol-1.22"));
+    }
+
     void scenarioFileIsFoundFromAnyFolder()
     {
         Options options;
