@@ -31,6 +31,11 @@ QString Frontend::homeFolder(const QString& stateDir)
     return stateDir + QLatin1String("/frontend-home");
 }
 
+QString Frontend::lockFile(const QString& stateDir)
+{
+    return stateDir + QLatin1String("/lock");
+}
+
 Frontend::Frontend(Scenario scenario, const Options& options)
     : Frontend(std::make_unique<SimulatedAccess>(std::move(scenario), options.fast), options)
 {
@@ -48,7 +53,7 @@ Frontend::Frontend(std::unique_ptr<SystemAccess> access, const Options& options)
           log(tr("The module has ended its work; the frontend shuts down."));
           m_window.statusBar()->showMessage(tr("Shutting down..."));
       }),
-      m_lock(options.stateDir + QLatin1String("/lock"))
+      m_lock(lockFile(options.stateDir))
 {
     initPictures();
     m_channel.register_receiver("standard", &m_logReceiver);

@@ -26,6 +26,9 @@ public:
     /// The folder below @p stateDir that stands in for the user's home.
     static QString homeFolder(const QString& stateDir);
 
+    /// The file below @p stateDir that says that a frontend uses it.
+    static QString lockFile(const QString& stateDir);
+
     Frontend(std::unique_ptr<SystemAccess> access, const Options& options);
     /// For a system that is simulated here.
     Frontend(Scenario scenario, const Options& options);

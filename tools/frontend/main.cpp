@@ -1,3 +1,4 @@
+#include "deliverylayout.h"
 #include "frontend.h"
 #include "headlessrun.h"
 #include "narrator.h"
@@ -10,9 +11,15 @@
 #include <QApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <QLockFile>
 #include <QMessageBox>
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
+#include <vector>
+
+#include <unistd.h>
 
 namespace {
 
@@ -35,10 +42,10 @@ QStringList argumentList(int argc, char** argv)
     return arguments;
 }
 
-// The folder of the program, before there is an application object that knows it.
-QString programFolder()
+// The program itself, before there is an application object that knows it.
+QFileInfo programFile()
 {
-    return QFileInfo(QStringLiteral("/proc/self/exe")).canonicalPath();
+    return QFileInfo(QFileInfo(QStringLiteral("/proc/self/exe")).canonicalFilePath());
 }
 
 int listScenarios()
@@ -67,6 +74,52 @@ void moveHome(const QString& home)
     for (const char* name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"})
         qunsetenv(name);
     qputenv("HOME", QFile::encodeName(home));
+}
+
+// Lays out a frontend with the files that the scenario wants. One that runs there must not be
+// disturbed by that.
+QString layOutBelow(const QString& stateDir, const Scenario& scenario, const QString& target,
+                    QString* error)
+{
+    QLockFile lock(Frontend::lockFile(stateDir));
+    if (QDir().mkpath(stateDir) && lock.tryLock())
+        return layOutFrontend(scenario, programFile().filePath(), target, error);
+    *error = QStringLiteral("%1: the state folder is in use or cannot be written").arg(stateDir);
+    return QString();
+}
+
+// Starts @p program in the place of this one, and returns only if that fails. The state folder,
+// which would depend on where the program stands, is told last, so that it counts.
+int goOnWith(const QString& program, QStringList arguments, const QString& stateDir)
+{
+    arguments += {QStringLiteral("--state-dir"), stateDir};
+    std::vector<QByteArray> texts;
+    for (const QString& argument : qAsConst(arguments))
+        texts.push_back(argument.toLocal8Bit());
+    std::vector<char*> pointers;
+    for (QByteArray& text : texts)
+        pointers.push_back(text.data());
+    pointers.push_back(nullptr);
+    ::execv(QFile::encodeName(program).constData(), pointers.data());
+    return fail(StartFailed,
+                QStringLiteral("%1: %2").arg(program, QString::fromLocal8Bit(strerror(errno))));
+}
+
+// The program to go on with, where the scenario wants only some of the delivered files; empty if
+// this one will do. nullopt on failure.
+std::optional<QString> programFor(const Options& options, QString* error)
+{
+    if (options.peer || !options.replayFile.isEmpty())
+        return QString();
+    const std::optional<Scenario> scenario = ScenarioReader::read(options.scenario, error);
+    if (!scenario)
+        return std::nullopt;
+    const QString folder = options.stateDir + QLatin1String("/delivered");
+    if (!wantsOwnDelivery(*scenario) ||
+        programFile().path() == QFileInfo(folder).canonicalFilePath())
+        return QString();
+    const QString program = layOutBelow(options.stateDir, *scenario, folder, error);
+    return program.isEmpty() ? std::nullopt : std::make_optional(program);
 }
 
 std::unique_ptr<SystemAccess> accessFor(const Options& options, QString* error)
@@ -129,10 +182,17 @@ int main(int argc, char** argv)
 {
     Options options;
     QString error;
-    if (!parseOptions(argumentList(argc, argv), programFolder(), &options, &error))
+    const QStringList arguments = argumentList(argc, argv);
+    if (!parseOptions(arguments, programFile().path(), &options, &error))
         return fail(WrongUsage, error + QStringLiteral(" (--help lists the options)"));
     if (options.action != Options::Action::Run)
         return runConsole(argc, argv, options.action);
+
+    const std::optional<QString> program = programFor(options, &error);
+    if (!program)
+        return fail(StartFailed, error);
+    if (!program->isEmpty())
+        return goOnWith(*program, arguments, options.stateDir);
 
     moveHome(Frontend::homeFolder(options.stateDir));
     if (options.headless && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
@@ -140,6 +200,8 @@ int main(int argc, char** argv)
     previousHandler = qInstallMessageHandler(dropPlatformChatter);
     QApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
-    const QApplication application(argc, argv);
+    // The options are the frontend's own; Qt would take "--plugin" for one of its own.
+    int nameOnly = 1;
+    const QApplication application(nameOnly, argv);
     return runFrontend(options);
 }

@@ -269,7 +269,8 @@ void UserDriver::readNotes(QWidget& window, int visit)
         press(more);
         return;
     }
-    picture(window, QStringLiteral("new-features-all"));
+    if (visit > 1)
+        present(window, QStringLiteral("new-features-all"));
     press(window.findChild<QPushButton*>("pushButton_exit"));
 }
 

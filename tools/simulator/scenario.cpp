@@ -180,6 +180,28 @@ QStringList hardwareTexts(CheckedObject* root)
     return texts;
 }
 
+bool isFileName(const QString& text)
+{
+    return isPlainText(text) && !text.isEmpty() && !text.contains(QLatin1Char('/')) &&
+           text != QLatin1String(".") && text != QLatin1String("..");
+}
+
+std::optional<QStringList> fileNames(CheckedObject* root, const QString& key)
+{
+    if (!root->contains(key))
+        return std::nullopt;
+    QStringList seen;
+    const QStringList names = root->texts(key);
+    for (int index = 0; index < names.size(); ++index) {
+        if (!isFileName(names.at(index))) {
+            root->fail(QStringLiteral("%1[%2]").arg(key).arg(index),
+                       QStringLiteral("must be the name of a file, without a folder"));
+        }
+        requireNew(&seen, names.at(index), root, key);
+    }
+    return names;
+}
+
 Scenario readScenario(CheckedObject* root)
 {
     Scenario scenario;
@@ -193,6 +215,8 @@ Scenario readScenario(CheckedObject* root)
     scenario.measurement = static_cast<Measurement>(
         root->choice(QStringLiteral("measurement"), measurementTexts(), 0));
     scenario.hardware = hardwareTexts(root);
+    scenario.updateFiles = fileNames(root, QStringLiteral("updateFiles"));
+    scenario.notes = fileNames(root, QStringLiteral("notes"));
     scenario.controllers = readControllers(root);
     scenario.cameras = readCameras(root);
     scenario.timing = readTiming(root);

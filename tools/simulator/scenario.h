@@ -74,6 +74,10 @@ struct Scenario
     bool observer = false; ///< the frontend is started as an observer
     Measurement measurement = Measurement::Off;
     QStringList hardware;
+    /// Names of the update files, and of the release notes, that stand beside the frontend; without
+    /// a value all that are delivered.
+    std::optional<QStringList> updateFiles;
+    std::optional<QStringList> notes;
     QVector<ScenarioController> controllers; ///< at least one: the master, then its slaves
     QVector<ScenarioCamera> cameras;
     ScenarioTiming timing;

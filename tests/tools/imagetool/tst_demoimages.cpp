@@ -61,17 +61,20 @@ void DemoImagesTest::chainsLeadToTheNewestRelease_data()
 {
     QTest::addColumn<VersionInfo>("pt");
     QTest::addColumn<VersionInfo>("ct");
+    QTest::addColumn<bool>("isPreRelease");
     QTest::addColumn<QVector<int>>("blocksOfEachImage");
 
     QTest::newRow("three releases behind")
-        << VersionInfo(2, 9, 0) << VersionInfo(1, 1) << QVector<int>{2, 2, 2};
+        << VersionInfo(2, 9, 0) << VersionInfo(1, 1) << false << QVector<int>{2, 2, 2};
     QTest::newRow("two releases behind")
-        << VersionInfo(3, 1, 0) << VersionInfo(1, 2) << QVector<int>{0, 2, 2};
+        << VersionInfo(3, 1, 0) << VersionInfo(1, 2) << false << QVector<int>{0, 2, 2};
     QTest::newRow("one release behind")
-        << VersionInfo(3, 2, 0) << VersionInfo(1, 3) << QVector<int>{0, 0, 2};
-    QTest::newRow("system behind")
-        << VersionInfo(3, 3, 0) << VersionInfo(1, 3) << QVector<int>{0, 0, 1};
-    QTest::newRow("up to date") << VersionInfo(3, 3, 0) << VersionInfo(1, 4)
+        << VersionInfo(3, 2, 0) << VersionInfo(1, 3) << false << QVector<int>{0, 0, 2};
+    QTest::newRow("system behind, so that its own tracking software comes again")
+        << VersionInfo(3, 3, 0) << VersionInfo(1, 3) << false << QVector<int>{0, 0, 2};
+    QTest::newRow("a pre-release of the newest release")
+        << VersionInfo(3, 3, 0) << VersionInfo(1, 4) << true << QVector<int>{0, 0, 1};
+    QTest::newRow("up to date") << VersionInfo(3, 3, 0) << VersionInfo(1, 4) << false
                                 << QVector<int>{0, 0, 0};
 }
 
@@ -79,15 +82,18 @@ void DemoImagesTest::chainsLeadToTheNewestRelease()
 {
     QFETCH(VersionInfo, pt);
     QFETCH(VersionInfo, ct);
+    QFETCH(bool, isPreRelease);
     const VersionInfo startPt = pt;
     const VersionInfo startCt = ct;
     QVector<int> blocksOfEachImage;
     for (const ControllerImage& image : controllerImages()) {
         int chosen = 0;
+        const bool isOffered = startPt < image.newPt || startCt < image.newCt ||
+                               (isPreRelease && startPt == image.release);
         for (const ControllerImageBlock& block : image.blocks) {
             const bool firmware = block.type == FirmwareBlock;
             VersionInfo& current = firmware ? pt : ct;
-            if (current < block.minVer || current > block.maxVer)
+            if (!isOffered || current < block.minVer || current > block.maxVer)
                 continue;
             current = firmware ? image.newPt : image.newCt;
             ++chosen;

@@ -118,7 +118,7 @@ void ScenarioTest::readsEveryKey()
     const Scenario scenario = parsed(R"({
         "title": "All", "protocol": "0.16", "backendModel": "BRIARSCOPE", "net": "dhcp",
         "wakeOnLan": true, "observer": true, "measurement": "unstoppable",
-        "hardware": ["first", "second"],
+        "hardware": ["first", "second"], "updateFiles": ["a.vx3img", "b"], "notes": [],
         "controllers": [
             {"hostName": "m", "address": "192.168.0.1", "model": 21, "modelDescription": "D",
              "board": "B", "serial": 9, "pt": "v3.2.0-beta.2 2025-01-01", "ct": "v1.3-rc.1"},
@@ -138,6 +138,8 @@ void ScenarioTest::readsEveryKey()
     QVERIFY(scenario.dhcp && scenario.wakeOnLan && scenario.observer);
     QCOMPARE(scenario.measurement, Measurement::Unstoppable);
     QCOMPARE(scenario.hardware, QStringList({"first", "second"}));
+    QCOMPARE(scenario.updateFiles.value(), QStringList({"a.vx3img", "b"}));
+    QCOMPARE(scenario.notes.value(), QStringList());
 
     QCOMPARE(scenario.address(), QStringLiteral("192.168.0.1"));
     const ScenarioController& first = scenario.controllers.at(0);
@@ -174,6 +176,7 @@ void ScenarioTest::leavesDefaults()
     QVERIFY(!scenario.dhcp && !scenario.wakeOnLan && !scenario.observer);
     QCOMPARE(scenario.measurement, Measurement::Off);
     QVERIFY(scenario.hardware.isEmpty() && scenario.cameras.isEmpty() && scenario.faults.isEmpty());
+    QVERIFY(!scenario.updateFiles && !scenario.notes);
     QCOMPARE(scenario.controllers.first().model, 2);
     QCOMPARE(scenario.timing.recordsPerSecond, 2750);
 }
@@ -242,6 +245,20 @@ void ScenarioTest::refuses_data()
     QTest::newRow("hardware of two lines")
         << scenarioWith(R"(, "hardware": ["a\nb"])")
         << "test.json: hardware: must be lines of at most 150 bytes";
+    QTest::newRow("an update file with a folder")
+        << scenarioWith(R"(, "updateFiles": ["a", "../b"])")
+        << "test.json: updateFiles[1]: must be the name of a file, without a folder";
+    QTest::newRow("an update file that is the folder itself")
+        << scenarioWith(R"(, "updateFiles": [".."])")
+        << "test.json: updateFiles[0]: must be the name of a file, without a folder";
+    QTest::newRow("an update file without a name")
+        << scenarioWith(R"(, "updateFiles": [""])")
+        << "test.json: updateFiles[0]: must be the name of a file, without a folder";
+    QTest::newRow("the same note twice")
+        << scenarioWith(R"(, "notes": ["v3_0_0.html", "v3_0_0.html"])")
+        << "test.json: notes: \"v3_0_0.html\" stands there twice";
+    QTest::newRow("notes that are no list")
+        << scenarioWith(R"(, "notes": "v3_0_0.html")") << "test.json: notes: must be a list";
     QTest::newRow("a measurement of another kind")
         << scenarioWith(R"(, "measurement": "on")")
         << R"(test.json: measurement: must be one of "off", "running", "unstoppable")";

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QString>
+
+struct Scenario;
+
+/// @file
+/// A module looks for update files and notes beside the program. Where a scenario wants only some
+/// of those that are delivered, the frontend runs from a folder of its own that has just these.
+
+/// Whether @p scenario wants a selection of the delivered files.
+bool wantsOwnDelivery(const Scenario& scenario);
+
+/// Lays out "controller_update" and "whats_new" in @p target, anew if they are there already, with
+/// links to the files below @p delivered that @p scenario wants.
+/// @param error must not be null; says on failure what is missing or cannot be written
+bool layOutFiles(const Scenario& scenario, const QString& delivered, const QString& target,
+                 QString* error);
+
+/// Lays out a whole frontend in @p target: the program @p programFile, the modules beside it, and
+/// files as layOutFiles() does. What was in @p target is gone then.
+/// @param error must not be null
+/// @return the program to start instead; empty on failure
+QString layOutFrontend(const Scenario& scenario, const QString& programFile, const QString& target,
+                       QString* error);
