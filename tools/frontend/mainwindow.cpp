@@ -1,7 +1,7 @@
 #include "mainwindow.h"
 
 #include "connectionpanel.h"
-#include "logview.h"
+#include "logpanel.h"
 #include "systemview.h"
 #include "theme.h"
 #include "version.h"
@@ -10,7 +10,6 @@
 
 #include <QApplication>
 #include <QCloseEvent>
-#include <QGroupBox>
 #include <QLabel>
 #include <QMenuBar>
 #include <QMessageBox>
@@ -33,7 +32,7 @@ constexpr int menuHelp = 700;
 MainWindow::MainWindow(TestBench& system, bool observer, QWidget* parent)
     : QMainWindow(parent), m_system(system), m_observer(observer), m_menus(menuBar()),
       m_connection(new ConnectionPanel(system)), m_equipment(new SystemView(system)),
-      m_log(new LogView), m_measurement(new QLabel)
+      m_log(new LogPanel), m_measurement(new QLabel)
 {
     setObjectName(QStringLiteral("mainWindow"));
     setWindowTitle(
@@ -54,6 +53,11 @@ QAction* MainWindow::addAction(const QString& text, const QString& tip, int orde
     action->setStatusTip(tip);
     m_menus.place(action, order, menu, menuOrder);
     return action;
+}
+
+LogView& MainWindow::log()
+{
+    return m_log->view();
 }
 
 void MainWindow::makeMenus()
@@ -92,13 +96,9 @@ void MainWindow::makeMenus()
 
 QWidget* MainWindow::makeContent()
 {
-    auto* logGroup = new QGroupBox(tr("Log"));
-    auto* logLayout = new QVBoxLayout(logGroup);
-    logLayout->addWidget(m_log);
-
     auto* splitter = new QSplitter(Qt::Vertical);
     splitter->addWidget(m_equipment);
-    splitter->addWidget(logGroup);
+    splitter->addWidget(m_log);
     splitter->setChildrenCollapsible(false);
     splitter->setStretchFactor(0, 0);
     splitter->setStretchFactor(1, 1);

@@ -8,6 +8,7 @@
 #include <QVector>
 
 class ConnectionPanel;
+class LogPanel;
 class LogView;
 class QLabel;
 class TestBench;
@@ -25,7 +26,7 @@ public:
     MainWindow(TestBench& system, bool observer, QWidget* parent = nullptr);
 
     ConnectionPanel& connection() { return *m_connection; }
-    LogView& log() { return *m_log; }
+    LogView& log();
 
     /// Places the menu entries of a module, which stay the module's. Those that must not be used
     /// during a measurement are disabled as long as one runs.
@@ -69,7 +70,7 @@ private:
     OrderedMenus m_menus;
     ConnectionPanel* m_connection;
     SystemView* m_equipment;
-    LogView* m_log;
+    LogPanel* m_log;
     QLabel* m_measurement;
     QAction* m_searchHardware = nullptr;
     QAction* m_startMeasurement = nullptr;

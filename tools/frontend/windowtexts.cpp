@@ -82,8 +82,11 @@ QStringList windowTexts(const QWidget& window)
         lines += plainLines(box->text());
         lines += plainLines(box->informativeText());
     } else {
-        for (const QLabel* label : visibleIn<QLabel>(window))
-            lines += plainLines(label->text());
+        for (const QLabel* label : visibleIn<QLabel>(window)) {
+            // A caption says nothing without its field.
+            if (!label->buddy())
+                lines += plainLines(label->text());
+        }
         for (const QTableView* view : visibleIn<QTableView>(window))
             lines += rowTexts(*view);
         for (const QTextEdit* page : visibleIn<QTextEdit>(window))

@@ -2,8 +2,27 @@
 
 #include <widgettestmain.h>
 
+#include <QElapsedTimer>
 #include <QRegularExpression>
+#include <QScrollBar>
 #include <QSignalSpy>
+
+namespace {
+
+/// The texts that are shown, without time and sender; of a long message its first line.
+QStringList textsIn(const LogView& view)
+{
+    QStringList texts;
+    const QRegularExpression head("^\\d\\d:\\d\\d:\\d\\d\\.\\d\\d\\d  \\S+ +(.*)$");
+    for (const QString& line : view.toPlainText().split('\n')) {
+        const QRegularExpressionMatch match = head.match(line);
+        if (match.hasMatch())
+            texts += match.captured(1);
+    }
+    return texts;
+}
+
+} // namespace
 
 class TestLogView : public QObject
 {
@@ -49,6 +68,121 @@ private slots:
         QVERIFY(lines.at(1).endsWith("  Frontend    <b>second</b>"));
         QCOMPARE(added.size(), 2);
         QCOMPARE(added.at(1), (QList<QVariant>{"Frontend", "<b>second</b>"}));
+    }
+
+    void filterShowsWhatMatches_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("sender");
+        QTest::addColumn<QStringList>("shown"); ///< texts behind the senders
+        QTest::newRow("no filter shows all")
+            << ""
+            << "" << QStringList{"search done", "Update failed", "an UPDATE of two"};
+        QTest::newRow("a part of the text, whatever the case")
+            << "upDATE"
+            << "" << QStringList{"Update failed", "an UPDATE of two"};
+        QTest::newRow("a part of the sender") << "nix"
+                                              << "" << QStringList{"search done"};
+        QTest::newRow("the time is not looked at") << ":"
+                                                   << "" << QStringList();
+        QTest::newRow("a second line counts") << "lines"
+                                              << "" << QStringList{"an UPDATE of two"};
+        QTest::newRow("signs of patterns are plain text") << ".*"
+                                                          << "" << QStringList();
+        QTest::newRow("one sender")
+            << ""
+            << "Frontend" << QStringList{"Update failed", "an UPDATE of two"};
+        QTest::newRow("one sender and a text") << "fail"
+                                               << "Frontend" << QStringList{"Update failed"};
+        QTest::newRow("a part of a sender is not that sender") << ""
+                                                               << "Front" << QStringList();
+    }
+
+    void filterShowsWhatMatches()
+    {
+        QFETCH(const QString, text);
+        QFETCH(const QString, sender);
+        QFETCH(const QStringList, shown);
+        for (const bool isLate : {false, true}) { // messages before and after the filter
+            LogView view;
+            if (!isLate)
+                view.setFilter({text, sender});
+            view.add("VORNIX3", "search done");
+            view.add("Frontend", "Update failed");
+            view.add("Frontend", "an UPDATE of two\nlines");
+            if (isLate)
+                view.setFilter({text, sender});
+            QCOMPARE(textsIn(view), shown);
+            QCOMPARE(view.shownCount(), shown.size());
+            QCOMPARE(view.messageCount(), 3);
+        }
+    }
+
+    void nothingIsLostByFiltering()
+    {
+        LogView view;
+        view.add("A", "first");
+        view.add("B", "second\nhalf");
+        const QString whole = view.wholeText();
+        QCOMPARE(whole, view.toPlainText() + '\n');
+        view.setFilter({"nothing like it", {}});
+        view.add("A", "third");
+        QCOMPARE(view.toPlainText(), QString());
+        QCOMPARE(view.shownText(), QString());
+        QVERIFY(view.wholeText().startsWith(whole));
+        view.setFilter({});
+        QCOMPARE(textsIn(view), (QStringList{"first", "second", "third"}));
+        QCOMPARE(view.shownText(), view.wholeText());
+    }
+
+    void oldestGoFromALongLog()
+    {
+        LogView view;
+        view.add("A", "the very first");
+        view.add("A", "two\nlines");
+        for (int i = 3; i < LogView::maxLines; ++i)
+            view.add("B", "filler");
+        QCOMPARE(view.messageCount(), LogView::maxLines - 1);
+        view.setFilter({"t", "A"});
+        QCOMPARE(view.shownCount(), 2);
+        view.add("B", "one line too many");
+        QCOMPARE(view.messageCount(), LogView::maxLines - 1);
+        QCOMPARE(view.shownCount(), 1);
+        view.add("B", "and another");
+        QCOMPARE(view.messageCount(), LogView::maxLines - 1);
+        QCOMPARE(view.shownCount(), 0);
+        view.setFilter({});
+        QCOMPARE(view.document()->blockCount(), LogView::maxLines - 1);
+    }
+
+    void longLogIsFilteredWhileTyping()
+    {
+        LogView view;
+        view.resize(900, 300);
+        view.show();
+        for (int i = 0; i < LogView::maxLines; ++i)
+            view.add(i % 2 ? "VORNIX3" : "Frontend", QString("message number %1").arg(i));
+        QElapsedTimer clock;
+        clock.start();
+        for (const char* typed : {"m", "me", "message", "message number 1999", "message", ""})
+            view.setFilter({typed, {}});
+        QCOMPARE(view.shownCount(), LogView::maxLines);
+        // 6 key strokes; a user waits for half a second each at the very most.
+        QVERIFY2(clock.elapsed() < 3000, qPrintable(QString::number(clock.elapsed())));
+        qInfo("%lld ms for a key stroke", clock.elapsed() / 6);
+    }
+
+    void newestIsInSightAfterFiltering()
+    {
+        LogView view;
+        view.resize(400, 100);
+        view.show();
+        for (int i = 0; i < 200; ++i)
+            view.add("A", QString::number(i));
+        view.verticalScrollBar()->setValue(0);
+        view.setFilter({"1", {}});
+        QCOMPARE(view.verticalScrollBar()->value(), view.verticalScrollBar()->maximum());
+        QVERIFY(view.verticalScrollBar()->maximum() > 0);
     }
 
     void nobodyWritesIntoIt()
