@@ -7,6 +7,7 @@
 #include <ZanData.h>
 #include <ZanDisplay.h>
 #include <comparing.h>
+#include <markingtranslator.h>
 #include <widgettestmain.h>
 
 #include <QElapsedTimer>
@@ -35,6 +36,7 @@ private slots:
     void namesWhatItUpdates_data();
     void namesWhatItUpdates();
     void succeedsWithoutBlocks();
+    void doesNotTranslateWhatItShows();
 
     void failsWithoutRedirection_data();
     void failsWithoutRedirection();
@@ -294,6 +296,22 @@ void ControllerRun::succeedsWithoutBlocks()
     QCOMPARE(shown.states(), (QStringList{"before |  | 1", "before | Update successful | 100"}));
 }
 
+void ControllerRun::doesNotTranslateWhatItShows()
+{
+    const MarkingTranslator translator("ZanUpdateModule2GSettingsdlg");
+    DialogFixture fixture;
+    ZanDisplay* row = fixture.addRow(fixture.addMaster({}), imageWithTwoBlocks());
+    showWhatInDialog(fixture.dialog, QString());
+    ShownProgress shown(&fixture);
+    fixture.channel.onPoll().succeed().fail();
+    QCOMPARE(run(&fixture, row), -33);
+    const QString what = "Updating firmware (alpha) | ";
+    QCOMPARE(shown.states(),
+             (QStringList{" |  | 1", what + " | 1", what + "Estimated remaining time: 53 s | 50",
+                          what + "Estimated remaining time: 53 s | 98",
+                          what + "Update not successful | 0"}));
+}
+
 // ---- A row that fails
 
 void ControllerRun::failsWithoutRedirection_data()
@@ -393,21 +411,34 @@ void ControllerRun::barGoesOnFromBlockToBlock()
 
 void ControllerRun::barStaysBelowItsEndForARowThatDoesNotCount_data()
 {
+    QTest::addColumn<VersionInfo>("protocol");
+    QTest::addColumn<QByteArray>("address");
     QTest::addColumn<bool>("isMasterToo");
     QTest::addColumn<QVector<int>>("values");
-    QTest::newRow("alone") << false << QVector<int>{1, 98, 100};
-    QTest::newRow("behind a master that counts")
-        << true << QVector<int>{1, 50, 98, 100, 1, 98, 100};
+
+    const QVector<int> alone{1, 98, 100};
+    const QVector<int> behindAMaster{1, 50, 98, 100, 1, 98, 100};
+    const QByteArray address("10.0.0.2");
+    QTest::newRow("a slave without an address")
+        << VersionInfo(1, 23) << QByteArray() << false << alone;
+    QTest::newRow("a slave without an address, behind a master that counts")
+        << VersionInfo(1, 23) << QByteArray() << true << behindAMaster;
+    QTest::newRow("a slave below protocol 1.7")
+        << VersionInfo(1, 6, 9) << address << false << alone;
+    QTest::newRow("a slave below protocol 1.7, behind a master that counts")
+        << VersionInfo(1, 6, 9) << address << true << behindAMaster;
 }
 
 void ControllerRun::barStaysBelowItsEndForARowThatDoesNotCount()
 {
+    QFETCH(const VersionInfo, protocol);
+    QFETCH(const QByteArray, address);
     QFETCH(const bool, isMasterToo);
-    DialogFixture fixture;
+    DialogFixture fixture({protocol});
     const ControllerImage image = imageWith({blockOf(FirmwareBlock)});
     if (isMasterToo)
         fixture.addRow(fixture.addMaster({}), image);
-    fixture.addRow(fixture.addSlave(slaveAt("")), image);
+    fixture.addRow(fixture.addSlave(slaveAt(address)), image);
     calcBlocksToUpdate(fixture.dialog, fixture.inventory());
     QCOMPARE(nBlocksMustUpdate(fixture.dialog), isMasterToo ? 1 : 0);
     ShownProgress shown(&fixture);

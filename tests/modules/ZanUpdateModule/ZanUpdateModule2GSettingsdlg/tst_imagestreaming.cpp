@@ -5,6 +5,7 @@
 
 #include <ZanData.h>
 #include <imagewriter.h>
+#include <markingtranslator.h>
 #include <widgettestmain.h>
 
 #include <memory>
@@ -89,6 +90,8 @@ private slots:
     void failsWithoutStream();
     void endsWithTheFirstFailedRecord();
     void failsWithTheControllersAnswer();
+    void doesNotTranslateItsMessages_data();
+    void doesNotTranslateItsMessages();
 
     void servesEventsAtTicks_data();
     void servesEventsAtTicks();
@@ -582,6 +585,39 @@ void ImageStreaming::failsWithTheControllersAnswer()
     QCOMPARE(streaming.bar()->value(), 50);
     QCOMPARE(streaming.channel.log().size(), 4);
     QCOMPARE(streaming.filesLeftOpen, 0);
+}
+
+void ImageStreaming::doesNotTranslateItsMessages_data()
+{
+    QTest::addColumn<QByteArray>("file");
+    QTest::addColumn<bool>("refusesRecord");
+    QTest::addColumn<QString>("message");
+    QTest::addColumn<bool>("namesTheFile");
+
+    QTest::newRow("a file that ends too early")
+        << goodFile().chopped(1) << false << CANNOT_READ << true;
+    QTest::newRow("a file that is something else")
+        << fileWith([](ControllerImageBlock& block) { block.magic = 41561; }) << false
+        << NO_UPDATE_FILE << true;
+    QTest::newRow("a record that is refused")
+        << goodFile() << true << "Update not successful! Error code: 1" << false;
+    QTest::newRow("a block that is refused")
+        << goodFile() << false << "Update not successful! Error code: 2" << false;
+}
+
+void ImageStreaming::doesNotTranslateItsMessages()
+{
+    QFETCH(const QByteArray, file);
+    QFETCH(const bool, refusesRecord);
+    QFETCH(const QString, message);
+    QFETCH(const bool, namesTheFile);
+    const MarkingTranslator translator("ZanUpdateModule2GSettingsdlg");
+    Streaming streaming(file);
+    if (refusesRecord)
+        streaming.channel.on("system update 2 1 BIwA").fail();
+    streaming.channel.onPoll().fail();
+    QVERIFY(streaming.stream() < 0);
+    QCOMPARE(streaming.message(), namesTheFile ? message + streaming.path : message);
 }
 
 // ---- Progress

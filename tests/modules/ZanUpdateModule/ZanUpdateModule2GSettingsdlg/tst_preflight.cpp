@@ -7,6 +7,7 @@
 #include <ZanController.h>
 #include <ZanDisplay.h>
 #include <comparing.h>
+#include <markingtranslator.h>
 #include <widgettestmain.h>
 
 #include <QGridLayout>
@@ -47,6 +48,7 @@ private slots:
     void looksAtRepliesAlone();
     void givesUpIfTheMeasurementGoesOn_data();
     void givesUpIfTheMeasurementGoesOn();
+    void asksBackendsOfAnyProtocol();
     void asksWhetherSlavesAreWoken_data();
     void asksWhetherSlavesAreWoken();
 
@@ -59,6 +61,10 @@ private slots:
     void namesACameraThatIsNotSelected();
     void countsACameraThatIsNotSelectedAsDone();
     void saysSoIfNothingRan();
+
+    void translatesTheStartNoticeAlone_data();
+    void translatesTheStartNoticeAlone();
+    void doesNotTranslateTheRefusal();
 };
 
 static ControllerImage imageTo(const VersionInfo& pt)
@@ -174,6 +180,15 @@ void PreFlight::forgetsWhatItFoundBefore()
     QVERIFY(discontinued.isEmpty());
 }
 
+static ExpectedBox refusalOf(const QString& names)
+{
+    return notice(QMessageBox::Warning,
+                  QStringLiteral("An update to the selected version is not possible due to "
+                                 "discontinued support for your controller.\n\nPlease contact "
+                                 "O.R.V. for support.\n\nDiscontinued controllers: ") +
+                      names);
+}
+
 void PreFlight::refusesDiscontinuedControllers_data()
 {
     QTest::addColumn<QByteArray>("hostname");
@@ -208,13 +223,7 @@ void PreFlight::refusesDiscontinuedControllers()
         fixture.addRow(slave, imageTo(VersionInfo(3, 1, 0)));
 
     RunLog log(&fixture);
-    ExpectedBox box =
-        notice(QMessageBox::Warning,
-               QStringLiteral("An update to the selected version is not possible due to "
-                              "discontinued support for your controller.\n\nPlease contact O.R.V. "
-                              "for support.\n\nDiscontinued controllers: ") +
-                   names);
-    log.expect(box);
+    log.expect(refusalOf(names));
     clickUpdate(fixture.dialog);
     QVERIFY2(log.isDone(), qPrintable(log.missing()));
     // Nothing has been sent, and what was selected is still selected.
@@ -631,6 +640,23 @@ void PreFlight::givesUpIfTheMeasurementGoesOn()
     QVERIFY(fixture.exitButton()->isEnabled());
 }
 
+// Only the questions for the hardware are new; all others, and the command, are as old as can be.
+void PreFlight::asksBackendsOfAnyProtocol()
+{
+    DialogFixture fixture({VersionInfo()});
+    ScriptedController master;
+    master.model = 1; // of a supported model, as such a backend does not tell the board
+    fixture.addRow(fixture.addMaster(master), imageTo(VersionInfo(3, 1, 0)));
+    fixture.channel.on("status active").reply("mea");
+    RunLog log(&fixture);
+    log.expect(controllerConfirmation());
+    log.expect(startNotice(QMessageBox::Cancel));
+    clickUpdate(fixture.dialog);
+    QVERIFY2(log.isDone(), qPrintable(log.missing()));
+    QCOMPARE(log.lines(),
+             (QStringList{CONFIRMATION_LINE, STATUS_LINE, STOP_LINE, WOL_LINE, START_LINE}));
+}
+
 void PreFlight::asksWhetherSlavesAreWoken_data()
 {
     QTest::addColumn<QByteArray>("reply");
@@ -839,6 +865,51 @@ void PreFlight::saysSoIfNothingRan()
     QCOMPARE(runThrough(&fixture, controllerConfirmation(), nothing), QStringList());
     QVERIFY(fixture.dialog.isVisible());
     QCOMPARE(fixture.channel.messages().size(), 0);
+}
+
+// ---- Language
+
+static const char* const TRANSLATED = "ZanUpdateModule2GSettingsdlg";
+
+void PreFlight::translatesTheStartNoticeAlone_data()
+{
+    QTest::addColumn<bool>("isCamera");
+    QTest::newRow("behind the confirmation for controllers") << false;
+    QTest::newRow("behind the confirmation for cameras") << true;
+}
+
+void PreFlight::translatesTheStartNoticeAlone()
+{
+    QFETCH(const bool, isCamera);
+    const MarkingTranslator translator(TRANSLATED);
+    DialogFixture fixture;
+    ExpectedBox confirmation = cameraConfirmation();
+    if (isCamera) {
+        fixture.addCameraRow(anyCameraFile());
+    } else {
+        addRows(&fixture, {"2.9.0>3.1.0"});
+        confirmation = controllerConfirmation();
+        confirmation.informativeText = QString::fromLatin1(BULLETS);
+    }
+    ExpectedBox start = startNotice(QMessageBox::Cancel);
+    start.title = MarkingTranslator::marked(start.title);
+    start.text = MarkingTranslator::marked(start.text);
+    RunLog log(&fixture);
+    log.expect(confirmation);
+    log.expect(start);
+    clickUpdate(fixture.dialog);
+    QVERIFY2(log.isDone(), qPrintable(log.missing()));
+}
+
+void PreFlight::doesNotTranslateTheRefusal()
+{
+    const MarkingTranslator translator(TRANSLATED);
+    DialogFixture fixture;
+    fixture.addRow(fixture.addSlave(slaveWith(517)), imageTo(VersionInfo(3, 1, 0)));
+    RunLog log(&fixture);
+    log.expect(refusalOf(QStringLiteral("beta (SN 517)")));
+    clickUpdate(fixture.dialog);
+    QVERIFY2(log.isDone(), qPrintable(log.missing()));
 }
 
 ZAN_WIDGET_TEST_MAIN(PreFlight)

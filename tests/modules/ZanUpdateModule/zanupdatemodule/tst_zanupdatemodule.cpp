@@ -47,6 +47,7 @@ private slots:
     void setsOneParameter();
     void recognisesTheFallbackAddress_data();
     void recognisesTheFallbackAddress();
+    void recognisesTheFallbackAddressOnAnyProtocol();
     void exemptsBriarscopeFromThePrompt_data();
     void exemptsBriarscopeFromThePrompt();
     void countsControllersAsUpToDateWithoutImages();
@@ -251,6 +252,16 @@ void TestZanUpdateModule::recognisesTheFallbackAddress()
     if (net == "dhcp")
         expected += QStringLiteral("get_address");
     QCOMPARE(fixture.channel.log(), expected);
+}
+
+void TestZanUpdateModule::recognisesTheFallbackAddressOnAnyProtocol()
+{
+    ModuleFixture fixture(
+        BackendVersions(VersionInfo(), VersionInfo(), VersionInfo(), QStringLiteral("ZAN")));
+    fixture.giveParameters();
+    fixture.channel.on("system net").reply("dhcp");
+    fixture.channel.setAddress("192.168.0.1");
+    QVERIFY(!hasZanValidIP(*fixture.module));
 }
 
 void TestZanUpdateModule::exemptsBriarscopeFromThePrompt_data()
