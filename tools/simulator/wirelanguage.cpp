@@ -40,7 +40,7 @@ QByteArray takeWord(QByteArray* line)
     const int blank = line->indexOf(' ');
     if (blank < 0)
         return std::exchange(*line, QByteArray());
-    const QByteArray word = line->left(blank);
+    QByteArray word = line->left(blank);
     line->remove(0, blank + 1);
     return word;
 }
