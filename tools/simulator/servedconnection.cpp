@@ -25,7 +25,7 @@ ServedConnection::ServedConnection(QTcpSocket* socket, SimulatedSystem& system, 
     socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
     connect(socket, &QTcpSocket::readyRead, this, &ServedConnection::serveLines);
     connect(socket, &QTcpSocket::bytesWritten, this, &ServedConnection::serveLines);
-    connect(socket, &QTcpSocket::disconnected, this, &QObject::deleteLater);
+    connect(socket, &QTcpSocket::disconnected, this, &ServedConnection::retire);
     connect(&system, &SimulatedSystem::changed, this, &ServedConnection::followSystem);
 
     m_dueTimer.setSingleShot(true);
@@ -36,6 +36,15 @@ ServedConnection::ServedConnection(QTcpSocket* socket, SimulatedSystem& system, 
     connect(&m_stateTimer, &QTimer::timeout, this, &ServedConnection::tellState);
 }
 
+// Until the object is deleted a timer may still run out, or the system change.
+void ServedConnection::retire()
+{
+    m_system.disconnect(this);
+    m_dueTimer.stop();
+    m_stateTimer.stop();
+    deleteLater();
+}
+
 void ServedConnection::serveLines()
 {
     while (!isBacklogged()) {
@@ -44,8 +53,12 @@ void ServedConnection::serveLines()
         else if (m_socket->bytesAvailable() > 0)
             m_lines.append(m_socket->read(readBufferBytes));
         else
-            return;
+            break;
     }
+    // What waits here is lost when the peer closes its end, if only for sending. With a backlog the
+    // socket has to tell later that it was written, so that serving goes on.
+    if (!isBacklogged())
+        m_socket->flush();
 }
 
 void ServedConnection::serve(const WireRequest& request)
@@ -70,7 +83,7 @@ void ServedConnection::command(const WireRequest& request)
     const Reply reply = m_interpreter.execute(request.operation, request.text);
     m_devices.begin(reply.deviceMs);
     if (reply.delivery == Delivery::ConnectionLost)
-        hangUp();
+        queue(QByteArray());
     else if (reply.delivery == Delivery::Answered)
         queue(replyLine(request.tag, reply.ok, reply.text));
 }
@@ -92,7 +105,8 @@ void ServedConnection::queue(const QByteArray& bytes)
 
 void ServedConnection::hangUp()
 {
-    queue(QByteArray());
+    m_due.clear();
+    m_socket->disconnectFromHost();
 }
 
 void ServedConnection::sendDue()
@@ -101,14 +115,14 @@ void ServedConnection::sendDue()
         const QByteArray bytes = m_due.front().bytes;
         m_due.pop_front();
         if (bytes.isEmpty()) {
-            m_due.clear();
-            m_socket->disconnectFromHost();
+            hangUp();
             return;
         }
         m_socket->write(bytes);
     }
     if (!m_due.empty())
-        m_dueTimer.start(static_cast<int>(m_due.front().dueMs - m_devices.now()));
+        m_dueTimer.start(static_cast<int>(
+            qBound<qint64>(0, m_due.front().dueMs - m_devices.now(), maxDurationMs)));
 }
 
 bool ServedConnection::isBacklogged() const
@@ -117,11 +131,13 @@ bool ServedConnection::isBacklogged() const
            m_socket->bytesToWrite() > maxBacklogBytes || m_due.size() > maxBacklogLines;
 }
 
-// Controllers that restart know of no connection any more; the bench stays connected.
+// Controllers that restart know of no connection any more, nor of what they still had to answer;
+// only the reply to the text that has just made them restart may still go out. The bench stays
+// connected.
 void ServedConnection::followSystem()
 {
     if (m_carriesCommands && !m_system.isReachable())
-        hangUp();
+        QMetaObject::invokeMethod(this, &ServedConnection::hangUp, Qt::QueuedConnection);
     if (m_watches && !m_stateTimer.isActive())
         m_stateTimer.start();
 }

@@ -33,6 +33,7 @@ private:
         QByteArray bytes;
     };
 
+    void retire();
     void serveLines();
     void serve(const WireRequest& request);
     void command(const WireRequest& request);
