@@ -1,5 +1,9 @@
 #include "linesocket.h"
 
+#include <QThread>
+
+#include <utility>
+
 static constexpr int RETRY_MS = 500;
 static constexpr int READ_BUFFER_BYTES = 64 * 1024;
 
@@ -34,12 +38,23 @@ void LineSocket::write(const QByteArray& bytes)
 
 void LineSocket::waitForActivity(int timeoutMs)
 {
-    if (!isOpen())
-        m_socket.waitForConnected(timeoutMs);
-    else if (m_socket.bytesAvailable() > 0)
+    if (m_socket.state() == QAbstractSocket::UnconnectedState)
+        waitForRetry(timeoutMs);
+    else if (isOpen() && m_socket.bytesAvailable() > 0)
         read();
-    else
+    else if (isOpen())
         m_socket.waitForReadyRead(timeoutMs);
+    else if (timeoutMs > 0)
+        m_socket.waitForConnected(timeoutMs);
+}
+
+// The timer itself comes to nothing as long as no event loop runs.
+void LineSocket::waitForRetry(int timeoutMs)
+{
+    const int leftMs = qMax(0, m_retry.remainingTime());
+    QThread::msleep(static_cast<unsigned long>(qBound(0, leftMs, timeoutMs)));
+    if (leftMs <= timeoutMs)
+        open();
 }
 
 void LineSocket::read()

@@ -24,7 +24,8 @@ public:
     /// Sends bytes; they are dropped if there is no connection.
     void write(const QByteArray& bytes);
 
-    /// Waits until the connection comes or goes or something arrives on it.
+    /// Waits until the connection comes or goes or something arrives on it. An attempt to connect
+    /// that takes longer than the wait is given up.
     /// @param timeoutMs 0: does what is due without waiting
     void waitForActivity(int timeoutMs);
 
@@ -40,6 +41,7 @@ signals:
     void closed(bool wasOfUse);
 
 private:
+    void waitForRetry(int timeoutMs);
     void read();
     void handleState(QAbstractSocket::SocketState state);
 

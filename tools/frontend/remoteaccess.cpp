@@ -3,7 +3,7 @@
 #include <checkedjson.h>
 #include <wirelanguage.h>
 
-#include <QElapsedTimer>
+#include <QDeadlineTimer>
 #include <QJsonDocument>
 
 namespace {
@@ -21,27 +21,38 @@ public:
         QObject::connect(&m_socket, &LineSocket::opened,
                          [this] { m_socket.write(benchLine(scenarioTag, "scenario")); });
         QObject::connect(&m_socket, &LineSocket::lineReceived, [this](const QByteArray& line) {
-            m_answer = readReply(line);
-            m_isOver = true;
+            if (!m_isOver)
+                finish(readReply(line), QObject::tr("its answer is not understood"));
         });
-        QObject::connect(&m_socket, &LineSocket::closed, [this] { m_isOver = true; });
+        QObject::connect(&m_socket, &LineSocket::closed, [this] {
+            if (!m_isOver)
+                finish(std::nullopt, m_socket.errorText());
+        });
     }
 
     std::optional<WireReply> ask(QString* error)
     {
-        QElapsedTimer clock;
-        clock.start();
+        const QDeadlineTimer deadline(answerTimeoutMs);
         m_socket.open();
-        while (!m_isOver && clock.elapsed() < answerTimeoutMs)
-            m_socket.waitForActivity(static_cast<int>(answerTimeoutMs - clock.elapsed()));
+        while (!m_isOver && !deadline.hasExpired())
+            m_socket.waitForActivity(static_cast<int>(deadline.remainingTime()));
         if (!m_answer)
-            *error = m_isOver ? m_socket.errorText() : QObject::tr("no answer");
+            *error = m_reason;
         return m_answer;
     }
 
 private:
+    void finish(const std::optional<WireReply>& answer, const QString& reason)
+    {
+        m_isOver = true;
+        m_reason = reason;
+        if (answer && answer->tag == scenarioTag)
+            m_answer = answer;
+    }
+
     LineSocket m_socket;
     std::optional<WireReply> m_answer;
+    QString m_reason = QObject::tr("no answer");
     bool m_isOver = false;
 };
 

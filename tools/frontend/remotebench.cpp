@@ -92,7 +92,7 @@ void RemoteBench::handleLine(const QByteArray& line)
     else if (reply->tag == STATE_TAG)
         adopt(reply->text);
     if (reply->tag == STATE_TAG)
-        --m_statesAskedFor;
+        m_statesAskedFor = qMax(0, m_statesAskedFor - 1);
 }
 
 void RemoteBench::handleClosed()

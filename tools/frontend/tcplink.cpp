@@ -2,8 +2,6 @@
 
 #include <wirelanguage.h>
 
-#include <QDeadlineTimer>
-
 #include <utility>
 
 static constexpr int MAX_REPLY_LINE = 1024;
@@ -11,12 +9,13 @@ static constexpr int PROBE_INTERVAL_MS = 500;
 static constexpr qint64 IDLE_SLICE_MS = 40;
 static constexpr char PROBE_TAG[] = "#power";
 
-static Reply replyFrom(const WireReply& line)
+static Reply replyFrom(const WireReply& line, Operation operation)
 {
     Reply reply;
-    reply.ok = line.ok;
+    bool isNumber = false;
     reply.text = line.text;
-    reply.integer = line.text.toInt();
+    reply.integer = line.text.toInt(&isNumber);
+    reply.ok = line.ok && (isNumber || operation != Operation::GetInt);
     return reply;
 }
 
@@ -42,6 +41,7 @@ void TcpLink::send(Operation operation, const QByteArray& text)
     if (!line)
         return;
     m_tag = tag;
+    m_operation = operation;
     if (m_socket.isOpen()) {
         m_socket.write(*line);
     } else {
@@ -53,12 +53,25 @@ void TcpLink::send(Operation operation, const QByteArray& text)
 std::optional<Reply> TcpLink::wait(int timeoutMs)
 {
     const QDeadlineTimer deadline(qMax(0, timeoutMs));
-    do {
-        m_socket.waitForActivity(static_cast<int>(qMin(deadline.remainingTime(), IDLE_SLICE_MS)));
-        if (!m_reply && deadline.remainingTime() > IDLE_SLICE_MS)
+    QDeadlineTimer slice(IDLE_SLICE_MS);
+    while (!m_tag.isEmpty()) {
+        waitForActivity(deadline, slice);
+        if (deadline.hasExpired())
+            break;
+        if (slice.hasExpired()) {
             doIdleWork();
-    } while (!m_tag.isEmpty() && !m_reply && !deadline.hasExpired());
+            slice.setRemainingTime(IDLE_SLICE_MS);
+        }
+    }
     return std::exchange(m_reply, std::nullopt);
+}
+
+// An attempt to connect is not cut into slices, as it would be given up after each.
+void TcpLink::waitForActivity(const QDeadlineTimer& deadline, const QDeadlineTimer& slice)
+{
+    const qint64 leftMs = deadline.remainingTime();
+    m_socket.waitForActivity(
+        static_cast<int>(m_socket.isOpen() ? qMin(leftMs, slice.remainingTime()) : leftMs));
 }
 
 void TcpLink::catchUp(int timeoutMs)
@@ -92,7 +105,7 @@ void TcpLink::handleLine(const QByteArray& line)
             m_probeTimer.start();
     } else if (!m_tag.isEmpty() && reply->tag == m_tag) {
         m_tag.clear();
-        m_reply = replyFrom(*reply);
+        m_reply = replyFrom(*reply, m_operation);
         m_isReachable = true;
     }
 }

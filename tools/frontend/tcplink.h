@@ -3,6 +3,8 @@
 #include "commandlink.h"
 #include "linesocket.h"
 
+#include <QDeadlineTimer>
+
 /// The line to a system in another process, over TCP.
 ///
 /// A connection that is lost is made anew by itself. A text that was under way then is lost, and is
@@ -24,6 +26,7 @@ public:
     QString address() const override { return m_controllerAddress; }
 
 private:
+    void waitForActivity(const QDeadlineTimer& deadline, const QDeadlineTimer& slice);
     void handleOpened();
     void handleLine(const QByteArray& line);
     void handleClosed(bool wasOfUse);
@@ -33,7 +36,8 @@ private:
     LineSocket m_socket;
     QTimer m_probeTimer;
     quint64 m_number = 0;
-    QByteArray m_tag;    // of the text whose reply is awaited; empty: none
+    QByteArray m_tag; // of the text whose reply is awaited; empty: none
+    Operation m_operation = Operation::GetString;
     QByteArray m_unsent; // its line, as long as there is no connection
     std::optional<Reply> m_reply;
     bool m_isReachable = false;
