@@ -39,8 +39,7 @@ static QString notNewest(const QString& device, const QString& part, const QStri
     return QStringLiteral("%1 runs %2 %3 and not %4").arg(device, part, now.text(), newest.text());
 }
 
-// Which images fit which controllers.
-static int familyOf(int model)
+int familyOf(int model)
 {
     return model == briarscopeFamily ? briarscopeFamily : 0;
 }

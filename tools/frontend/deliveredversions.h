@@ -5,6 +5,9 @@
 #include <QHash>
 #include <QStringList>
 
+/// The family whose images fit controllers of @p model.
+int familyOf(int model);
+
 /// A version with its pre-release text, "" for a release.
 struct DeliveredVersion
 {

@@ -36,6 +36,11 @@ QString Frontend::lockFile(const QString& stateDir)
     return stateDir + QLatin1String("/lock");
 }
 
+static QString runFolder(const Options& options)
+{
+    return options.stateDir + QLatin1String("/runs");
+}
+
 Frontend::Frontend(Scenario scenario, const Options& options)
     : Frontend(std::make_unique<SimulatedAccess>(std::move(scenario), options.fast), options)
 {
@@ -44,9 +49,10 @@ Frontend::Frontend(Scenario scenario, const Options& options)
 Frontend::Frontend(std::unique_ptr<SystemAccess> access, const Options& options)
     : m_options(options), m_access(std::move(access)), m_system(m_access->bench()),
       m_link(m_access->link()), m_observer(options.observer || m_system.scenario().observer),
-      m_channel(m_link), m_window(m_system, m_observer),
-      m_logReceiver(
-          [this](const QString& sender, const QString& text) { m_window.log().add(sender, text); }),
+      m_channel(m_link), m_window(m_system, m_observer), m_runs(m_channel, runFolder(options)),
+      m_results(&m_window), m_logReceiver([this](const QString& sender, const QString& text) {
+          m_window.log().add(sender, text);
+      }),
       m_windowReceiver([this](const QString& /*sender*/, const QString& text) {
           if (text != QLatin1String("AppReadyToShutdown"))
               return;
@@ -66,6 +72,11 @@ Frontend::Frontend(std::unique_ptr<SystemAccess> access, const Options& options)
     connect(&m_window, &MainWindow::themeChanged, this, &Frontend::tellTheme);
     connect(&m_window, &MainWindow::hardwareSearchWanted, this, &Frontend::searchForHardware);
     connect(&m_system, &TestBench::trouble, this, &Frontend::log);
+    connect(&m_window, &MainWindow::resultsWanted, this, &Frontend::showResults);
+    connect(&m_runs, &RunFollower::message, this, &Frontend::log);
+    connect(&m_runs, &RunFollower::runChanged, this,
+            [this] { m_window.setHasResults(m_runs.hasRun()); });
+    connect(&m_runs, &RunFollower::resultChanged, this, &Frontend::showResults);
     applyTheme(options.dark);
     m_window.setDarkTheme(options.dark);
 
@@ -89,17 +100,21 @@ bool Frontend::prepare(QString* error)
         return false;
     }
     if (m_options.fresh)
-        forgetHome();
+        forgetEarlierStarts();
     const QString damage = m_access->keepState(m_options.stateDir, m_options.fresh);
     if (!damage.isEmpty())
         log(tr("The state was set aside: %1").arg(damage));
+    // A replay has no devices that could be asked what they run.
+    if (!m_access->transcript())
+        m_runs.load();
 
     m_module = loadModule(m_options.pluginFile, error);
     return m_module != nullptr;
 }
 
-void Frontend::forgetHome()
+void Frontend::forgetEarlierStarts()
 {
+    QDir(runFolder(m_options)).removeRecursively();
     QDir(homeFolder(m_options.stateDir)).removeRecursively();
     QDir().mkpath(homeFolder(m_options.stateDir));
 }
@@ -136,7 +151,9 @@ void Frontend::followSystem()
         m_window.connection().showWaiting();
     }
     m_wasUnreachable = !isReachable;
-    if (!m_session && isReachable && m_module)
+    if (m_session)
+        m_runs.moduleRests();
+    else if (isReachable && m_module)
         enterModule();
 }
 
@@ -149,12 +166,14 @@ void Frontend::enterModule()
                  m_versions->systemCt().toString(), m_versions->protocol().toString()));
     if (!m_access->transcript())
         log(tr("Connected to %1").arg(m_link.address()));
+    m_runs.systemConnected();
 
     m_session = std::make_unique<ModuleSession>(
         *m_module, HostParameters{&moduleChannel(), &m_window, m_versions.get(), m_observer});
     const QString module =
         QStringLiteral("%1 %2").arg(m_module->get_module_name(), m_module->get_module_version());
     m_window.addModuleEntries(m_session->elements());
+    m_runs.moduleEntered(m_session->elements());
     m_window.setModuleText(module);
     log(tr("Module loaded: %1").arg(module));
     tellModule(frontendVersion);
@@ -165,6 +184,7 @@ void Frontend::leaveModule()
 {
     if (!m_session)
         return;
+    m_runs.moduleLeaves(m_wasUnreachable || !m_link.isReachable());
     // From here on the module's receiver may be gone at any moment.
     m_channel.forgetReceiver(UPDATE_MODULE);
     m_window.removeModuleEntries();
@@ -217,8 +237,16 @@ VersionInfo Frontend::askVersion(const char* key)
 
 void Frontend::searchForHardware()
 {
+    m_runs.searchBegins();
     SearchHardwareDlg dialog(&m_window, &m_channel, QStringLiteral("user"));
     dialog.update_and_exec();
+    m_runs.searchEnded();
+}
+
+void Frontend::showResults()
+{
+    if (m_runs.hasRun())
+        m_results.show(m_runs.run(), m_runs.logFile());
 }
 
 void Frontend::tellTheme(bool dark)

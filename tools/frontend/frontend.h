@@ -4,6 +4,8 @@
 #include "mainwindow.h"
 #include "modulesession.h"
 #include "options.h"
+#include "resultdialog.h"
+#include "runfollower.h"
 #include "systemaccess.h"
 #include "textreceiver.h"
 
@@ -48,7 +50,7 @@ public:
     const ReplayChannel* replay() const { return m_replay.get(); }
 
 private:
-    void forgetHome();
+    void forgetEarlierStarts();
     void log(const QString& text);
     void followSystem();
     void enterModule();
@@ -59,6 +61,7 @@ private:
     BackendVersions askVersions();
     VersionInfo askVersion(const char* key);
     void searchForHardware();
+    void showResults();
     void tellTheme(bool dark);
     void tellModule(const char* text);
 
@@ -69,6 +72,8 @@ private:
     bool m_observer;
     HostChannel m_channel;
     MainWindow m_window;
+    RunFollower m_runs;
+    ResultDialog m_results;
     TextReceiver m_logReceiver;
     TextReceiver m_windowReceiver;
     QLockFile m_lock;

@@ -91,8 +91,18 @@ void HostChannel::get_address(char* address)
 std::optional<Reply> HostChannel::exchange(Operation operation, const QByteArray& text)
 {
     finishPending();
+    send(operation, text);
+    const std::optional<Reply> reply = m_link.wait(defaultTimeoutMs);
+    if (m_listener)
+        m_listener->answered(operation, text, reply);
+    return reply;
+}
+
+void HostChannel::send(Operation operation, const QByteArray& text)
+{
+    if (m_listener)
+        m_listener->sending(operation, text);
     m_link.send(operation, text);
-    return m_link.wait(defaultTimeoutMs);
 }
 
 int HostChannel::sendOrStart(Operation operation, const QByteArray& text, char* reply)
@@ -101,7 +111,7 @@ int HostChannel::sendOrStart(Operation operation, const QByteArray& text, char* 
         return result(takeReply(exchange(operation, text), reply));
 
     finishPending();
-    m_link.send(operation, text);
+    send(operation, text);
     m_pending = Pending{reply, *m_preparedTimeoutMs, {}, std::nullopt};
     m_pending->age.start();
     m_preparedTimeoutMs.reset();

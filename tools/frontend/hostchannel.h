@@ -7,6 +7,19 @@
 #include <QElapsedTimer>
 #include <QMap>
 
+/// Sees what goes over a channel, on the user interface thread.
+class ChannelListener
+{
+public:
+    virtual ~ChannelListener() = default;
+    /// A text is about to be sent.
+    virtual void sending(Operation operation, const QByteArray& text) = 0;
+    /// The exchange of a text is over; nullopt: no reply came. Prepared texts, whose reply comes
+    /// later, are left out.
+    virtual void answered(Operation operation, const QByteArray& text,
+                          const std::optional<Reply>& reply) = 0;
+};
+
 /// The frontend's command channel: expands the texts, keeps to the time-outs, and delivers messages
 /// between modules. To be used from the user interface thread.
 ///
@@ -40,6 +53,9 @@ public:
     void register_receiver(const char* name, MessageReceiver* receiver) override;
     void get_address(char* address) override;
 
+    /// @param listener null for none; otherwise it must outlive the channel or be taken away
+    void setListener(ChannelListener* listener) { m_listener = listener; }
+
     /// The frontend's own end of register_receiver(), for a receiver that is about to go.
     void forgetReceiver(const char* name) { m_receivers.remove(name); }
 
@@ -56,8 +72,10 @@ private:
     std::optional<Reply> exchange(Operation operation, const QByteArray& text);
     int sendOrStart(Operation operation, const QByteArray& text, char* reply);
     void finishPending();
+    void send(Operation operation, const QByteArray& text);
 
     CommandLink& m_link;
+    ChannelListener* m_listener = nullptr;
     std::optional<int> m_preparedTimeoutMs;
     std::optional<Pending> m_pending;
     QMap<QByteArray, MessageReceiver*> m_receivers;

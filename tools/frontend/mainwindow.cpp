@@ -5,6 +5,7 @@
 #include "systemview.h"
 #include "theme.h"
 #include "version.h"
+#include "windowsize.h"
 
 #include <testbench.h>
 
@@ -40,7 +41,7 @@ MainWindow::MainWindow(TestBench& system, bool observer, QWidget* parent)
     makeMenus();
     setCentralWidget(makeContent());
     makeStatusBar();
-    adaptSize();
+    resize(fittingSize(*this, {1180, 900}));
     connect(&system, &TestBench::changed, this, &MainWindow::followSystem);
     followSystem();
     qApp->installEventFilter(this);
@@ -72,6 +73,13 @@ void MainWindow::makeMenus()
                                  tr("&VORNIX3"), menuFile);
     m_searchHardware->setObjectName(QStringLiteral("actionSearchHardware"));
     connect(m_searchHardware, &QAction::triggered, this, &MainWindow::hardwareSearchWanted);
+
+    m_results = addAction(tr("&Results of the last update..."),
+                          tr("Show what the devices report after the last update"), 60,
+                          tr("&VORNIX3"), menuFile);
+    m_results->setObjectName(QStringLiteral("actionResults"));
+    m_results->setEnabled(false);
+    connect(m_results, &QAction::triggered, this, &MainWindow::resultsWanted);
 
     m_startMeasurement =
         addAction(tr("&Start"), tr("Start a measurement"), 10, tr("&Measurement"), menuMeasurement);
@@ -117,15 +125,6 @@ void MainWindow::makeStatusBar()
     statusBar()->addPermanentWidget(m_measurement);
 }
 
-// A good size where the screen has room for it. Without a display there is no such screen.
-void MainWindow::adaptSize()
-{
-    const QSize wanted(1180, 900);
-    const QSize room = screen()->availableGeometry().size() * 19 / 20;
-    const bool hasDisplay = QGuiApplication::platformName() != QLatin1String("offscreen");
-    resize(hasDisplay ? wanted.boundedTo(room) : wanted);
-}
-
 bool MainWindow::eventFilter(QObject* watched, QEvent* event)
 {
     auto* dialog = event->type() == QEvent::Show ? qobject_cast<QDialog*>(watched) : nullptr;
@@ -161,6 +160,11 @@ void MainWindow::removeModuleEntries()
     for (const ModuleEntry& entry : qAsConst(m_moduleEntries))
         m_menus.remove(entry.action);
     m_moduleEntries.clear();
+}
+
+void MainWindow::setHasResults(bool has)
+{
+    m_results->setEnabled(has);
 }
 
 void MainWindow::setDarkTheme(bool dark)

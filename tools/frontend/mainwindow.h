@@ -36,6 +36,9 @@ public:
     /// @param text what the box "About" says of the module
     void setModuleText(const QString& text) { m_moduleText = text; }
 
+    /// Whether there is a run of updates whose results can be shown.
+    void setHasResults(bool has);
+
     void setDarkTheme(bool dark);
     bool isDarkTheme() const;
 
@@ -43,6 +46,8 @@ signals:
     void themeChanged(bool dark);
     /// The user wants the controller to look for its hardware again.
     void hardwareSearchWanted();
+    /// The user wants to see what became of the last update.
+    void resultsWanted();
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -60,7 +65,6 @@ private:
                        int menuOrder);
     QWidget* makeContent();
     void makeStatusBar();
-    void adaptSize();
     void placeBelowEquipment(QWidget* dialog) const;
     void followSystem();
     void showAbout();
@@ -73,6 +77,7 @@ private:
     LogPanel* m_log;
     QLabel* m_measurement;
     QAction* m_searchHardware = nullptr;
+    QAction* m_results = nullptr;
     QAction* m_startMeasurement = nullptr;
     QAction* m_stopMeasurement = nullptr;
     QAction* m_darkTheme = nullptr;

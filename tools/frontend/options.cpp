@@ -10,7 +10,8 @@ const char description[] =
     R"(Demo frontend of the VORNIX3 update module, with simulated controllers.
 
 Everything that is kept stands in the state folder: the simulated controllers in
-system.json, and the preferences of the modules in a home folder of its own. HOME
+system.json, the plans and results of updates in runs, and the preferences of the
+modules in a home folder of its own. HOME
 is set to that folder before a module is loaded, so the real one stays untouched.
 
 Exit codes:

@@ -25,6 +25,14 @@ constexpr int ownWindowsMs = 1500;
 constexpr int readingVisits = 6;
 
 const QLatin1String updateDialogName("ZanUpdateModule2GSettingsdlgClass");
+const QLatin1String resultDialogName("updateResultDialog");
+
+// The one window that is no modal one.
+QWidget* visibleResults(const MainWindow& window)
+{
+    auto* results = window.findChild<QDialog*>(resultDialogName);
+    return results && results->isVisible() ? results : nullptr;
+}
 
 QAction* moduleAction(const MainWindow& window, const QString& text)
 {
@@ -94,6 +102,7 @@ const QVector<UserDriver::WindowRule>& UserDriver::windowRules()
         {isNamed(updateDialogName), &UserDriver::useUpdateDialog, "update-dialog"},
         {isNamed("NewFeatureDialog"), &UserDriver::readNotes, "new-features"},
         {isNamed("SearchHardwareDlgClass"), &UserDriver::searchHardware, "search-hardware"},
+        {isNamed(resultDialogName), &UserDriver::readResults, "update-results"},
         {isNamed("mainWindow"), &UserDriver::useMainWindow, "frontend"},
         {[](const QWidget&) { return true; }, &UserDriver::closeUnknown, "window"},
     };
@@ -121,6 +130,8 @@ void UserDriver::tick()
 {
     followRun();
     QWidget* dialog = QApplication::activeModalWidget();
+    if (!dialog)
+        dialog = visibleResults(m_window);
     visit(dialog ? dialog : &m_window);
 }
 
@@ -280,6 +291,11 @@ void UserDriver::searchHardware(QWidget& window, int /*visit*/)
     auto* ok = window.findChild<QPushButton*>("pushButton_ok");
     if (ok->isVisible() && ok->isEnabled())
         press(ok);
+}
+
+void UserDriver::readResults(QWidget& window, int /*visit*/)
+{
+    press(window.findChild<QPushButton*>("pushButton_close"));
 }
 
 void UserDriver::closeUnknown(QWidget& window, int /*visit*/)

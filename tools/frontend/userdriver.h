@@ -60,6 +60,7 @@ private:
     void useUpdateDialog(QWidget& window, int visit);
     void readNotes(QWidget& window, int visit);
     void searchHardware(QWidget& window, int visit);
+    void readResults(QWidget& window, int visit);
     void closeUnknown(QWidget& window, int visit);
     void useMainWindow(QWidget& window, int visit);
 

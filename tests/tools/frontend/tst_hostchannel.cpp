@@ -36,6 +36,28 @@ Reply refusal()
     return reply;
 }
 
+/// Writes down what it is told.
+class WritingListener : public ChannelListener
+{
+public:
+    explicit WritingListener(const ScriptedLink& link) : m_link(link) {}
+
+    void sending(Operation /*operation*/, const QByteArray& text) override
+    {
+        heard += QStringLiteral("%1 texts before %2").arg(m_link.log.size()).arg(QString(text));
+    }
+    void answered(Operation /*operation*/, const QByteArray& text,
+                  const std::optional<Reply>& reply) override
+    {
+        heard += text + ": " + (reply ? reply->text : "no reply");
+    }
+
+    QStringList heard;
+
+private:
+    const ScriptedLink& m_link;
+};
+
 } // namespace
 
 class TestHostChannel : public QObject
@@ -43,6 +65,28 @@ class TestHostChannel : public QObject
     Q_OBJECT
 
 private slots:
+    void listenerHearsAllTexts()
+    {
+        ScriptedLink link;
+        HostChannel channel(link);
+        WritingListener listener(link);
+        channel.setListener(&listener);
+        char reply[HostChannel::replyBytes];
+        link.answer(QByteArray("zan-master"));
+        channel.get_string(reply, "system %s", "hostname");
+        channel.set_value("system redirect_update none");
+        channel.prepare_reply(1, 20000, 1);
+        channel.set_value("system update 1 1 AB");
+        channel.poll_reply(3);
+        channel.setListener(nullptr);
+        channel.set_value("system net dhcp");
+        QCOMPARE(listener.heard,
+                 (QStringList{"0 texts before system hostname", "system hostname: zan-master",
+                              "2 texts before system redirect_update none",
+                              "system redirect_update none: no reply",
+                              "4 texts before system update 1 1 AB"}));
+    }
+
     void textsAreExpandedAsPrintfDoes()
     {
         ScriptedLink link;

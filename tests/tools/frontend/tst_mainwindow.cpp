@@ -84,6 +84,7 @@ void TestMainWindow::moduleEntriesStandAmongTheFrontends()
     SimulatedSystem system(shippedScenario("cascade"));
     MainWindow window(system, false);
     const QStringList own = {"&VORNIX3: Search for &hardware...",
+                             "&VORNIX3: &Results of the last update...",
                              "&VORNIX3: &Quit",
                              "&Measurement: &Start",
                              "&Measurement: S&top",
@@ -92,7 +93,7 @@ void TestMainWindow::moduleEntriesStandAmongTheFrontends()
     QCOMPARE(menuTexts(window), own);
     const ModuleEntries module;
     window.addModuleEntries(module.elements);
-    QCOMPARE(menuTexts(window), (own.mid(0, 5) << "&Help: Anytime"
+    QCOMPARE(menuTexts(window), (own.mid(0, 6) << "&Help: Anytime"
                                                << "&Help: Not while measuring"
                                                << "&Help: &About"));
     window.removeModuleEntries();

@@ -53,6 +53,8 @@ class TestUpdateRoad : public QObject
 
 private slots:
     void cascadeIsBroughtUpToDate();
+    void controllerThatComesBackOldIsTold();
+    void camerasAreToldOncePowerAndSearchAreDone();
     void everyEndIsTold_data();
     void everyEndIsTold();
 };
@@ -116,6 +118,17 @@ void TestUpdateRoad::cascadeIsBroughtUpToDate()
     QCOMPARE(story.at(2), QString(": Waiting for the controllers to come back..."));
     QVERIFY(story.contains(": zan-left | Slave | 192.168.7.21 | ZAN C2 | 732 | v3.1.0 | v1.2 | "
                            "Pt v3.3.0, Ct v1.4 | Restarting"));
+    const int results = story.indexOf("window: Results of the Update");
+    QVERIFY(results > story.indexOf("log: Frontend: Connected to 192.168.7.20"));
+    QCOMPARE(story.mid(results + 1, 9),
+             (QStringList{": 3 of 3 controllers run what was planned.",
+                          ": zan-master | Tracking software | v3.1.0 | v3.3.0 | v3.3.0 | done",
+                          ": zan-master | Controller firmware | v1.2 | v1.4 | v1.4 | done",
+                          ": zan-left | Tracking software | v3.1.0 | v3.3.0 | v3.3.0 | done",
+                          ": zan-left | Controller firmware | v1.2 | v1.4 | v1.4 | done",
+                          ": zan-right | Tracking software | v3.1.0 | v3.3.0 | v3.3.0 | done",
+                          ": zan-right | Controller firmware | v1.2 | v1.4 | v1.4 | done",
+                          ": [Open log file] [Copy] [Close]", "press: Close"}));
     const int notes = story.indexOf("window: New Features");
     QVERIFY(notes > story.indexOf("log: Frontend: Connected to 192.168.7.20"));
     QCOMPARE(story.at(notes + 1), QString(": VORNIX3 v3.3.0"));
@@ -137,6 +150,58 @@ void TestUpdateRoad::cascadeIsBroughtUpToDate()
         versionsOf(second.frontend.system()),
         (QStringList{"zan-master v3.3.0 v1.4", "zan-left v3.3.0 v1.4", "zan-right v3.3.0 v1.4"}));
     QVERIFY(!preferences().contains("SHOW_AT_START=\"true\""));
+}
+
+void TestUpdateRoad::controllerThatComesBackOldIsTold()
+{
+    const FixtureFolder folder;
+    Scenario scenario = quickScenario("single");
+    Fault fault;
+    fault.mode = FaultMode::ComeBackOld;
+    scenario.faults = {fault};
+    QCOMPARE(Start(scenario, folder).code, StartAgain);
+    const QStringList logs = QDir(folder.path("state/runs")).entryList({"*.log"}, QDir::Files);
+    QCOMPARE(logs.size(), 1);
+
+    // The second start finds the old version, plays the user once more and restarts again.
+    const Start second(scenario, folder);
+    const QStringList story = storyOf(second.narrator);
+    const int results = story.indexOf("window: Results of the Update");
+    QVERIFY(results > 0);
+    QCOMPARE(story.mid(results + 1, 3),
+             (QStringList{": 0 of 1 controller runs what was planned. Failed: zan-master.",
+                          ": zan-master | Tracking software | v3.1.0 | v3.3.0 | v3.1.0 | failed | "
+                          "It came back with the version from before.",
+                          ": zan-master | Controller firmware | v1.2 | v1.4 | v1.2 | failed | It "
+                          "came back with the version from before."}));
+    QFile log(folder.path("state/runs/" + logs.constFirst()));
+    QVERIFY(log.open(QIODevice::ReadOnly));
+    QVERIFY(log.readAll().contains("0 of 1 controller runs what was planned."));
+}
+
+void TestUpdateRoad::camerasAreToldOncePowerAndSearchAreDone()
+{
+    const FixtureFolder folder;
+    const Start start(quickScenario("cameras"), folder);
+    const QStringList story = storyOf(start.narrator);
+    QCOMPARE(start.code, Success);
+    const int waiting = story.indexOf("window: Results of the Update");
+    QVERIFY(waiting > story.indexOf("press: OK"));
+    QCOMPARE(story.at(waiting + 1),
+             QString(": 0 of 4 cameras run what was planned. Unconfirmed: Tracking camera T9 "
+                     "C-4101, Tracking camera T9 C-4102, Tracking camera T12 C-5201, Tracking "
+                     "camera T14 C-6301."));
+    QCOMPARE(story.at(waiting + 2),
+             QString(": Tracking camera T9 C-4101 | Camera firmware | v1.3.0 | v1.4.0 | v1.3.0 | "
+                     "unconfirmed | It runs a new version only after a power cycle and a search "
+                     "for hardware."));
+    const int done = story.lastIndexOf("window: Results of the Update");
+    QVERIFY(done > story.indexOf("menu: Search for hardware..."));
+    QCOMPARE(
+        story.mid(done + 1, 2),
+        (QStringList{
+            ": 4 of 4 cameras run what was planned.",
+            ": Tracking camera T9 C-4101 | Camera firmware | v1.3.0 | v1.4.0 | v1.4.0 | done"}));
 }
 
 void TestUpdateRoad::everyEndIsTold_data()

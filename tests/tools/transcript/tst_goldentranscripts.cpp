@@ -97,7 +97,8 @@ QStringList moduleStory(const QStringList& told)
     bool isModules = true;
     for (const QString& line : told) {
         // The frontend's own search has the same window as the module's.
-        if (line.startsWith("window: VORNIX3 v3") || line == "menu: Search for hardware...")
+        if (line.startsWith("window: VORNIX3 v3") || line == "menu: Search for hardware..." ||
+            line == "window: Results of the Update")
             isModules = false;
         else if (line.startsWith("window: ") || line.startsWith("menu: "))
             isModules = isModules || line != "window: Search for new hardware";
