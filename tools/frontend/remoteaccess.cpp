@@ -58,6 +58,10 @@ private:
 
 std::optional<Scenario> scenarioFrom(const WireReply& answer, QString* error)
 {
+    if (!answer.ok) {
+        *error = QObject::tr("it does not tell its scenario");
+        return std::nullopt;
+    }
     const std::optional<QJsonObject> object =
         parseJsonObject(answer.text, QStringLiteral("scenario"), error);
     if (!object)
@@ -69,7 +73,8 @@ std::optional<Scenario> scenarioFrom(const WireReply& answer, QString* error)
     if (!root.ok())
         return std::nullopt;
     const QJsonObject content = object->value(QStringLiteral("scenario")).toObject();
-    return ScenarioReader::parse(QJsonDocument(content).toJson(), name + QStringLiteral(".json"), error);
+    return ScenarioReader::parse(QJsonDocument(content).toJson(), name + QStringLiteral(".json"),
+                                 error);
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include <simulatorfixtures.h>
 
 #include <connectionpanel.h>
+#include <remotebench.h>
 #include <windowtexts.h>
 
 #include <widgettestmain.h>
@@ -40,6 +41,20 @@ private slots:
         QTRY_COMPARE(windowTexts(panel).constLast(), QString("about 2 s"));
         QCOMPARE(panel.findChild<QProgressBar*>()->value(), 6000);
         QCOMPARE(panel.findChild<QProgressBar*>()->maximum(), 8000);
+    }
+
+    // There is nobody whom power could be given to.
+    void absenceOfTheSimulationIsTold()
+    {
+        RemoteBench nobody(Endpoint{QHostAddress(QHostAddress::LocalHost), 1},
+                           shippedScenario("cascade"));
+        ConnectionPanel panel(nobody);
+        panel.show();
+        panel.showWaiting();
+        QCOMPARE(windowTexts(panel), (QStringList{"Waiting for the controllers to come back...",
+                                                  "Nobody simulates them at the moment."}));
+        QVERIFY(panel.findChild<QPushButton*>("pushButton_power")->isHidden());
+        QCOMPARE(panel.findChild<QProgressBar*>()->value(), 0);
     }
 
     void whoHasNoPowerIsGivenIt()

@@ -98,6 +98,21 @@ private slots:
         QVERIFY(options.action == Options::Action::ShowVersion);
     }
 
+    void systemOfAnotherProcessIsConnectedTo()
+    {
+        Options options;
+        QString error;
+        QVERIFY(parse({}, &options, &error));
+        QVERIFY(!options.peer);
+        QVERIFY(parse({"--connect", "localhost:4711", "--headless"}, &options, &error));
+        QVERIFY(options.peer);
+        QCOMPARE(options.peer->text(), QString("127.0.0.1:4711"));
+        QCOMPARE(options.stateDir, QString("/opt/build/state/connected"));
+        QVERIFY(parse({"--connect", "[::1]:4711", "--state-dir", "/s"}, &options, &error));
+        QCOMPARE(options.peer->text(), QString("[::1]:4711"));
+        QCOMPARE(options.stateDir, QString("/s"));
+    }
+
     void wrongUsageIsExplained_data()
     {
         QTest::addColumn<QStringList>("arguments");
@@ -109,6 +124,21 @@ private slots:
         QTest::newRow("stray word") << QStringList{"cascade"} << "Unexpected argument: cascade";
         QTest::newRow("pictures of a window that people use")
             << QStringList{"--screenshots", "x"} << "--screenshots needs --headless";
+        QTest::newRow("port alone to connect to")
+            << QStringList{"--connect", "4711"}
+            << "--connect: \"4711\" is no HOST:PORT with an IP address or localhost";
+        QTest::newRow("name to connect to")
+            << QStringList{"--connect", "rack:4711"}
+            << "--connect: \"rack:4711\" is no HOST:PORT with an IP address or localhost";
+        QTest::newRow("port 0 to connect to")
+            << QStringList{"--connect", "127.0.0.1:0"}
+            << "--connect: \"127.0.0.1:0\" is no HOST:PORT with an IP address or localhost";
+        QTest::newRow("scenario of a system that has one")
+            << QStringList{"--connect", "127.0.0.1:1", "--scenario", "single"}
+            << "--scenario is for the simulated system that --connect leads to";
+        QTest::newRow("pace of a system that has one")
+            << QStringList{"--connect", "127.0.0.1:1", "--fast"}
+            << "--fast is for the simulated system that --connect leads to";
         QTest::newRow("a record without a file")
             << QStringList{"--record", ""} << "--record needs a file";
         QTest::newRow("a replay without a file")

@@ -1,0 +1,228 @@
+#include <simulatorfixtures.h>
+
+#include <endpoint.h>
+
+#include <testmain.h>
+
+#include <QFile>
+#include <QProcess>
+#include <QTcpSocket>
+#include <QTemporaryDir>
+
+namespace {
+
+constexpr int longWaitMs = 20000;
+
+/// The program, as it was started.
+class Program
+{
+public:
+    explicit Program(const QStringList& arguments)
+    {
+        m_process.start(QStringLiteral(SIMULATED_SYSTEM), arguments);
+    }
+
+    ~Program()
+    {
+        m_process.kill();
+        m_process.waitForFinished(longWaitMs);
+    }
+
+    /// The first line of its output, without the line end.
+    QByteArray firstLine()
+    {
+        while (!m_process.canReadLine() && m_process.waitForReadyRead(longWaitMs)) {
+        }
+        return m_process.readLine().trimmed();
+    }
+
+    /// Where it says that it listens.
+    std::optional<Endpoint> endpoint()
+    {
+        const QByteArray words = "Listening on ";
+        const QByteArray line = firstLine();
+        return line.startsWith(words) ? Endpoint::read(QString::fromLatin1(line.mid(words.size())))
+                                      : std::nullopt;
+    }
+
+    /// Waits for its end. @return exit code, output and error output
+    QStringList result()
+    {
+        m_process.waitForFinished(longWaitMs);
+        return {QString::number(m_process.exitCode()),
+                QString::fromLocal8Bit(m_process.readAllStandardOutput()),
+                QString::fromLocal8Bit(m_process.readAllStandardError())};
+    }
+
+    bool runs() const { return m_process.state() == QProcess::Running; }
+    QByteArray errorOutput() { return m_process.readAllStandardError(); }
+    void kill()
+    {
+        m_process.kill();
+        m_process.waitForFinished(longWaitMs);
+    }
+
+private:
+    QProcess m_process;
+};
+
+// The reply to one line, over a connection of its own.
+QByteArray ask(const Endpoint& endpoint, const QByteArray& line)
+{
+    QTcpSocket socket;
+    socket.connectToHost(endpoint.address, endpoint.port);
+    if (!socket.waitForConnected(longWaitMs))
+        return socket.errorString().toLocal8Bit();
+    socket.write(line + '\n');
+    while (!socket.canReadLine() && socket.waitForReadyRead(longWaitMs)) {
+    }
+    return socket.readLine().trimmed();
+}
+
+} // namespace
+
+class TestSimulatedProgram : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void programIsSpokenToWhereItSays()
+    {
+        Program program({"--scenario", "single"});
+        const std::optional<Endpoint> endpoint = program.endpoint();
+        QVERIFY(endpoint);
+        QVERIFY(endpoint->port > 0);
+        QCOMPARE(endpoint->address, QHostAddress(QHostAddress::LocalHost));
+        QCOMPARE(ask(*endpoint, "get system hostname"), QByteArray("ok zan-master"));
+        QCOMPARE(ask(*endpoint, "bench power"), QByteArray("ok on"));
+        QVERIFY(program.runs());
+        QVERIFY(program.errorOutput().isEmpty());
+    }
+
+    // On this system every address that begins with 127 leads to the machine itself, but only one
+    // of them is served.
+    void nobodyElseIsListenedToUnlessToldSo()
+    {
+        Program closed({});
+        Program open({"--listen", "0.0.0.0:0"});
+        std::optional<Endpoint> atClosed = closed.endpoint();
+        std::optional<Endpoint> atOpen = open.endpoint();
+        QVERIFY(atClosed && atOpen);
+        atClosed->address = QHostAddress("127.0.0.2");
+        atOpen->address = QHostAddress("127.0.0.2");
+        QCOMPARE(ask(*atClosed, "bench power"), QByteArray("Connection refused"));
+        QCOMPARE(ask(*atOpen, "bench power"), QByteArray("ok on"));
+        QCOMPARE(open.errorOutput(), QByteArray("simulated-system: Whoever reaches this machine "
+                                                "can operate the simulated system.\n"));
+    }
+
+    void portInUseIsExplained()
+    {
+        Program first({});
+        const std::optional<Endpoint> endpoint = first.endpoint();
+        QVERIFY(endpoint);
+        Program second({"--listen", endpoint->text()});
+        QCOMPARE(second.result(), (QStringList{"1", "",
+                                               "simulated-system: " + endpoint->text() +
+                                                   ": The bound address is already in use\n"}));
+    }
+
+    void stateOutlivesAKill()
+    {
+        const QTemporaryDir folder;
+        const QStringList arguments = {"--scenario", "single", "--fast", "--state",
+                                       folder.filePath("state/system.json")};
+        const QList<QByteArray> records = recordTexts(trackingSoftware({9, 9, 9}));
+        Program before(arguments);
+        std::optional<Endpoint> endpoint = before.endpoint();
+        QVERIFY(endpoint);
+        QVERIFY(!ask(*endpoint, "get system version").contains("9.9.9"));
+        for (int i = 0; i < records.size(); ++i)
+            QCOMPARE(ask(*endpoint, "set system update " + QByteArray::number(records.size()) +
+                                        ' ' + QByteArray::number(i + 1) + ' ' + records.at(i)),
+                     QByteArray("ok vornix2 ok"));
+        QCOMPARE(ask(*endpoint, "vornix2 system reboot"), QByteArray("ok vornix2 ok"));
+        before.kill();
+
+        Program after(arguments);
+        endpoint = after.endpoint();
+        QVERIFY(endpoint);
+        QTRY_COMPARE_WITH_TIMEOUT(ask(*endpoint, "bench power"), QByteArray("ok on"), longWaitMs);
+        QVERIFY(ask(*endpoint, "get system version").startsWith("ok v9.9.9 "));
+        after.kill();
+
+        Program anew(arguments + QStringList{"--fresh"});
+        endpoint = anew.endpoint();
+        QVERIFY(endpoint);
+        QVERIFY(!ask(*endpoint, "get system version").contains("9.9.9"));
+    }
+
+    void damagedStateIsSetAside()
+    {
+        const QTemporaryDir folder;
+        QFile file(folder.filePath("system.json"));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("{");
+        file.close();
+        Program program({"--scenario", "single", "--state", file.fileName()});
+        const std::optional<Endpoint> endpoint = program.endpoint();
+        QVERIFY(endpoint);
+        const QString start = "simulated-system: The state was set aside: " + file.fileName();
+        QVERIFY(QString::fromLocal8Bit(program.errorOutput()).startsWith(start));
+        QVERIFY(QFile::exists(file.fileName() + ".damaged"));
+        QCOMPARE(ask(*endpoint, "bench power"), QByteArray("ok on"));
+    }
+
+    void whatIsOnlyToldIsTold()
+    {
+        const QStringList help = Program({"--help"}).result();
+        QCOMPARE(help.at(0), QString("0"));
+        QVERIFY(help.at(1).startsWith("Usage: "));
+        QVERIFY(help.at(1).contains("--listen <ADDRESS:PORT>"));
+        QVERIFY(help.at(2).isEmpty());
+        const QStringList version = Program({"--version"}).result();
+        QCOMPARE(version, (QStringList{"0", "simulated-system 2.0.0\n", ""}));
+        const QStringList list = Program({"--list"}).result();
+        QCOMPARE(list.at(0), QString("0"));
+        QString error;
+        QCOMPARE(list.at(1), *ScenarioReader::listShipped(&error));
+    }
+
+    void wrongStartIsExplained_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QStringList>("result");
+        QTest::newRow("unknown option")
+            << QStringList{"--frobnicate"}
+            << QStringList{"2", "",
+                           "simulated-system: Unknown option 'frobnicate'. "
+                           "(--help lists the options)\n"};
+        QTest::newRow("no endpoint")
+            << QStringList{"--listen", "4711"}
+            << QStringList{"2", "",
+                           "simulated-system: --listen: \"4711\" is no ADDRESS:PORT "
+                           "(--help lists the options)\n"};
+        QTest::newRow("address of another machine")
+            << QStringList{"--listen", "192.0.2.1:0"}
+            << QStringList{"1", "",
+                           "simulated-system: 192.0.2.1:0: The address is not available\n"};
+    }
+
+    void wrongStartIsExplained()
+    {
+        QFETCH(const QStringList, arguments);
+        QTEST(Program(arguments).result(), "result");
+    }
+
+    void scenarioThatCannotBeReadIsExplained()
+    {
+        const QStringList result = Program({"--scenario", "/nowhere/x.json"}).result();
+        QCOMPARE(result.at(0), QString("1"));
+        QVERIFY(result.at(1).isEmpty());
+        QVERIFY2(result.at(2).startsWith("simulated-system: /nowhere/x.json: "),
+                 qPrintable(result.at(2)));
+    }
+};
+
+ZAN_TEST_MAIN(TestSimulatedProgram)
+#include "tst_simulatedprogram.moc"
