@@ -75,7 +75,7 @@ ExitCode runHeadless(Frontend& frontend, const Options& options, Narrator& narra
 {
     Screenshots screenshots(options.screenshotDir, options.stateDir + "/last-picture");
     Watchdog watchdog(PATIENCE, giveUp);
-    UserDriver driver(frontend.window(), narrator, screenshots, watchdog);
+    UserDriver driver(frontend.window(), narrator, screenshots, watchdog, options.user);
     driver.setMoreToDo(moreIn(frontend));
     frontend.run();
     if (frontend.replay())

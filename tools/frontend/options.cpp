@@ -48,6 +48,11 @@ struct CommandLine
                                     "(2750 a second)."};
     QCommandLineOption headless{"headless", "Plays the user on the real windows, prints what "
                                             "happens, and leaves."};
+    QCommandLineOption user{"user",
+                            "With --headless, how the user behaves: willing to update, later, "
+                            "partial (takes one update off), idle (takes all off) or curious "
+                            "(opens the menu entries).",
+                            "ATTITUDE", "willing"};
     QCommandLineOption screenshots{"screenshots",
                                    "With --headless: saves a picture of every "
                                    "window and message box.",
@@ -68,7 +73,7 @@ struct CommandLine
     {
         parser.setApplicationDescription(QString::fromLatin1(description));
         parser.addOptions({help, list, scenario, connectTo, stateDir, fresh, fast, headless, record,
-                           replay, screenshots, observer, dark, plugin, version});
+                           replay, user, screenshots, observer, dark, plugin, version});
     }
 };
 
@@ -131,6 +136,7 @@ Options optionsOf(const CommandLine& line, const QString& programDir)
     options.headless = parser.isSet(line.headless);
     options.observer = parser.isSet(line.observer);
     options.dark = parser.isSet(line.dark);
+    options.user = attitudeNamed(parser.value(line.user)).value_or(Attitude::Willing);
     return options;
 }
 
@@ -169,6 +175,8 @@ QString contradictionIn(const CommandLine& line, const Options& options)
 {
     if (!options.screenshotDir.isEmpty() && !options.headless)
         return QStringLiteral("--screenshots needs --headless");
+    if (!attitudeNamed(line.parser.value(line.user)))
+        return QStringLiteral("--user: there is no \"%1\"").arg(line.parser.value(line.user));
     for (const QCommandLineOption* file : {&line.record, &line.replay}) {
         if (line.parser.isSet(*file) && line.parser.value(*file).isEmpty())
             return QStringLiteral("--%1 needs a file").arg(file->names().constFirst());

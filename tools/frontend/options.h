@@ -1,5 +1,7 @@
 #pragma once
 
+#include "attitude.h"
+
 #include <endpoint.h>
 
 #include <QString>
@@ -26,6 +28,7 @@ struct Options
     QString recordFile;           ///< absolute; empty: no record
     QString replayFile;           ///< absolute; empty: there is a system
     QString screenshotDir;        ///< absolute; empty: no pictures
+    Attitude user = Attitude::Willing; ///< of a headless run
     bool fresh = false;
     bool fast = false;
     bool headless = false;

@@ -8,11 +8,15 @@
 #include "windowtexts.h"
 
 #include <QApplication>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QMenuBar>
+#include <QMouseEvent>
 #include <QProgressBar>
 #include <QPushButton>
-#include <QTableView>
+#include <QStyle>
+#include <QStyleOptionViewItem>
+#include <QTableWidget>
 
 #include <algorithm>
 
@@ -34,7 +38,7 @@ QWidget* visibleResults(const MainWindow& window)
     return results && results->isVisible() ? results : nullptr;
 }
 
-QAction* moduleAction(const MainWindow& window, const QString& text)
+QAction* menuAction(const MainWindow& window, const QString& text)
 {
     for (QAction* menu : window.menuBar()->actions()) {
         for (QAction* action : menu->menu()->actions()) {
@@ -68,12 +72,16 @@ struct UserDriver::WindowRule
     std::function<bool(const QWidget&)> matches;
     Act act;
     QString pictureName;
+    std::optional<Attitude> attitude = {}; ///< none: whatever the attitude
 };
 
 const QVector<UserDriver::BoxRule>& UserDriver::boxRules()
 {
     static const QVector<BoxRule> rules = {
+        {"new firmware to your camera(s)", QMessageBox::Yes, "confirm-cameras"},
+        {"Please be aware that", QMessageBox::Yes, "confirm-major-step"},
         {"Do you really want to update?", QMessageBox::Yes, "confirm-update"},
+        {"Cascaded System only partially", QMessageBox::Ok, "partial-cascade"},
         {"Don't stop the update process", QMessageBox::Ok, "do-not-stop"},
         {"Do you want to restart", QMessageBox::Yes, "restart"},
         {"Do you want to shut down", QMessageBox::Yes, "shut-down"},
@@ -84,6 +92,7 @@ const QVector<UserDriver::BoxRule>& UserDriver::boxRules()
         {"fallback IP address", QMessageBox::Ok, "fallback-address"},
         {"must be restarted manually", QMessageBox::Ok, "power-off-cameras"},
         {"To start the update process later", QMessageBox::Ok, "update-later"},
+        {"demo frontend", QMessageBox::Ok, "about"},
         {"", QMessageBox::NoButton, "message"},
     };
     return rules;
@@ -99,6 +108,15 @@ const QVector<UserDriver::WindowRule>& UserDriver::windowRules()
     static const QVector<WindowRule> rules = {
         {[](const QWidget& window) { return qobject_cast<const QMessageBox*>(&window) != nullptr; },
          &UserDriver::answerBox, QString()},
+        {[](const QWidget& window) {
+             return window.objectName() == updateDialogName &&
+                    labelText(window, "label_updates").contains("are up to date");
+         },
+         &UserDriver::useUpdateDialog, "update-dialog-up-to-date"},
+        {isNamed(updateDialogName), &UserDriver::leaveForLater, "update-dialog", Attitude::Later},
+        {isNamed(updateDialogName), &UserDriver::leaveForLater, "update-dialog", Attitude::Curious},
+        {isNamed(updateDialogName), &UserDriver::untickOne, "update-dialog", Attitude::Partial},
+        {isNamed(updateDialogName), &UserDriver::untickAll, "update-dialog", Attitude::Idle},
         {isNamed(updateDialogName), &UserDriver::useUpdateDialog, "update-dialog"},
         {isNamed("NewFeatureDialog"), &UserDriver::readNotes, "new-features"},
         {isNamed("SearchHardwareDlgClass"), &UserDriver::searchHardware, "search-hardware"},
@@ -109,15 +127,25 @@ const QVector<UserDriver::WindowRule>& UserDriver::windowRules()
     return rules;
 }
 
-const UserDriver::WindowRule& UserDriver::ruleFor(const QWidget& window)
+// The entries that somebody opens who looks at everything.
+static QStringList entriesFor(Attitude attitude)
 {
-    return *std::find_if(windowRules().begin(), windowRules().end(),
-                         [&](const WindowRule& rule) { return rule.matches(window); });
+    if (attitude != Attitude::Curious)
+        return QStringList();
+    return {QStringLiteral("Wh&at's New?"), QStringLiteral("&About")};
+}
+
+const UserDriver::WindowRule& UserDriver::ruleFor(const QWidget& window) const
+{
+    return *std::find_if(windowRules().begin(), windowRules().end(), [&](const WindowRule& rule) {
+        return rule.attitude.value_or(m_attitude) == m_attitude && rule.matches(window);
+    });
 }
 
 UserDriver::UserDriver(MainWindow& window, Narrator& narrator, Screenshots& screenshots,
-                       Watchdog& watchdog)
-    : m_window(window), m_narrator(narrator), m_screenshots(screenshots), m_watchdog(watchdog)
+                       Watchdog& watchdog, Attitude attitude)
+    : m_window(window), m_narrator(narrator), m_screenshots(screenshots), m_watchdog(watchdog),
+      m_attitude(attitude), m_entries(entriesFor(attitude))
 {
     connect(&window.log(), &LogView::added, this, &UserDriver::takeLogLine);
     // Not from the timer itself, which does not fire again before its slot has returned, and that
@@ -273,6 +301,57 @@ void UserDriver::useUpdateDialog(QWidget& window, int visit)
     press(exit);
 }
 
+void UserDriver::leaveForLater(QWidget& window, int visit)
+{
+    m_hasSeenUpdateDialog = true;
+    if (visit >= readingVisits)
+        press(window.findChild<QPushButton*>("pushButton_exit"));
+}
+
+void UserDriver::untickOne(QWidget& window, int visit)
+{
+    auto* table = window.findChild<QTableWidget*>();
+    if (visit == readingVisits && table->rowCount() > 0)
+        untick(table, 0);
+    else
+        useUpdateDialog(window, visit);
+}
+
+// The button is off then, but the dialog has a key for the update, too.
+void UserDriver::untickAll(QWidget& window, int visit)
+{
+    auto* table = window.findChild<QTableWidget*>();
+    if (visit != readingVisits || m_hasTriedUpdate) {
+        leaveForLater(window, visit);
+        return;
+    }
+    for (int row = 0; row < table->rowCount(); ++row)
+        untick(table, row);
+    m_hasTriedUpdate = true;
+    m_narrator.tell(QStringLiteral("press"), QStringLiteral("F3"));
+    QKeyEvent key(QEvent::KeyPress, Qt::Key_F3, Qt::NoModifier);
+    QApplication::sendEvent(&window, &key);
+}
+
+// With the mouse, as the table does not report a tick by keyboard as a click.
+void UserDriver::untick(QTableWidget* table, int row)
+{
+    const QModelIndex cell = table->model()->index(row, 0);
+    QStyleOptionViewItem option;
+    option.initFrom(table);
+    option.rect = table->visualRect(cell);
+    option.features |= QStyleOptionViewItem::HasCheckIndicator;
+    const QPoint box = table->style()
+                           ->subElementRect(QStyle::SE_ItemViewItemCheckIndicator, &option, table)
+                           .center();
+    m_narrator.tell(QStringLiteral("untick"), table->item(row, 1)->text());
+    for (const QEvent::Type type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) {
+        QMouseEvent click(type, box, table->viewport()->mapToGlobal(box), Qt::LeftButton,
+                          Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(table->viewport(), &click);
+    }
+}
+
 void UserDriver::readNotes(QWidget& window, int visit)
 {
     auto* more = window.findChild<QPushButton*>("pushButton_show_more");
@@ -289,6 +368,10 @@ void UserDriver::readNotes(QWidget& window, int visit)
 void UserDriver::searchHardware(QWidget& window, int /*visit*/)
 {
     auto* ok = window.findChild<QPushButton*>("pushButton_ok");
+    if (!ok->isEnabled() && !m_hasPictureOfSearch) {
+        m_hasPictureOfSearch = true;
+        picture(window, QStringLiteral("search-hardware-running"));
+    }
     if (ok->isVisible() && ok->isEnabled())
         press(ok);
 }
@@ -316,7 +399,7 @@ void UserDriver::useMainWindow(QWidget& window, int /*visit*/)
         return;
     }
     if (m_idle.elapsed() < ownWindowsMs || powerCycleCameras() || searchForCameras() ||
-        openUpdateDialog() || lookAgain())
+        openUpdateDialog() || openNextEntry() || lookAgain())
         return;
     present(window, QStringLiteral("frontend"));
     m_isLeaving = true;
@@ -340,13 +423,21 @@ bool UserDriver::waitForControllers()
 
 bool UserDriver::openUpdateDialog()
 {
-    QAction* action = moduleAction(m_window, QStringLiteral("&Controller and Camera Update"));
+    QAction* action = menuAction(m_window, QStringLiteral("&Controller and Camera Update"));
     if (!action)
-        action = moduleAction(m_window, QStringLiteral("Wh&at's New?"));
+        action = menuAction(m_window, QStringLiteral("Wh&at's New?"));
     if (m_hasSeenUpdateDialog || !action || !action->isEnabled())
         return false;
     m_hasSeenUpdateDialog = true;
     trigger(action);
+    return true;
+}
+
+bool UserDriver::openNextEntry()
+{
+    if (m_entries.isEmpty())
+        return false;
+    trigger(menuAction(m_window, m_entries.takeFirst()));
     return true;
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "attitude.h"
+
 #include <QElapsedTimer>
 #include <QHash>
 #include <QMessageBox>
@@ -12,11 +14,12 @@
 class MainWindow;
 class Narrator;
 class QPushButton;
+class QTableWidget;
 class Screenshots;
 class Watchdog;
 
 /// Plays the user: looks at the window on top, reads it out, takes its picture and does what a user
-/// would do there who wants all updates. Works on the widgets alone.
+/// would do there of a certain attitude. Works on the widgets alone.
 ///
 /// What it does with which window stands in two lists of rules, one for message boxes and one for
 /// other windows.
@@ -26,8 +29,8 @@ class UserDriver : public QObject
 
 public:
     /// All must outlive the driver, which begins as soon as events are served.
-    UserDriver(MainWindow& window, Narrator& narrator, Screenshots& screenshots,
-               Watchdog& watchdog);
+    UserDriver(MainWindow& window, Narrator& narrator, Screenshots& screenshots, Watchdog& watchdog,
+               Attitude attitude = Attitude::Willing);
 
     /// Has the user open the update dialog again, when all is done, as long as @p more says that
     /// there is something to do.
@@ -44,7 +47,7 @@ private:
 
     static const QVector<BoxRule>& boxRules();
     static const QVector<WindowRule>& windowRules();
-    static const WindowRule& ruleFor(const QWidget& window);
+    const WindowRule& ruleFor(const QWidget& window) const;
 
     void tick();
     void visit(QWidget* window);
@@ -58,6 +61,10 @@ private:
 
     void answerBox(QWidget& window, int visit);
     void useUpdateDialog(QWidget& window, int visit);
+    void leaveForLater(QWidget& window, int visit);
+    void untickOne(QWidget& window, int visit);
+    void untickAll(QWidget& window, int visit);
+    void untick(QTableWidget* table, int row);
     void readNotes(QWidget& window, int visit);
     void searchHardware(QWidget& window, int visit);
     void readResults(QWidget& window, int visit);
@@ -66,6 +73,7 @@ private:
 
     bool waitForControllers();
     bool openUpdateDialog();
+    bool openNextEntry();
     bool powerCycleCameras();
     bool searchForCameras();
     bool lookAgain();
@@ -75,6 +83,8 @@ private:
     Narrator& m_narrator;
     Screenshots& m_screenshots;
     Watchdog& m_watchdog;
+    Attitude m_attitude;
+    QStringList m_entries; ///< of the menus, still to be opened
     QTimer m_timer;
     QHash<QWidget*, int> m_visits;
     QSet<QWidget*> m_busy;
@@ -85,6 +95,7 @@ private:
     bool m_hasSeenUpdateDialog = false;
     bool m_hasPictureOfRun = false;
     bool m_hasPictureOfWaiting = false;
+    bool m_hasPictureOfSearch = false;
     bool m_isLeaving = false;
     std::function<bool()> m_moreToDo;
     QString m_runState;

@@ -20,8 +20,8 @@ inline QStringList storyOf(const Narrator& narrator)
 /// One start of the frontend with the built module, in fast mode.
 struct Start
 {
-    Start(const Scenario& scenario, const FixtureFolder& folder)
-        : options(optionsFor(folder)), frontend(scenario, options)
+    Start(const Scenario& scenario, const FixtureFolder& folder, Attitude user = Attitude::Willing)
+        : options(optionsFor(folder, user)), frontend(scenario, options)
     {
         QString error;
         if (frontend.prepare(&error))
@@ -30,12 +30,13 @@ struct Start
             qFatal("%s", qPrintable(error));
     }
 
-    static Options optionsFor(const FixtureFolder& folder)
+    static Options optionsFor(const FixtureFolder& folder, Attitude user)
     {
         Options options;
         options.stateDir = folder.path("state");
         options.pluginFile = QStringLiteral(UPDATE_MODULE);
         options.headless = true;
+        options.user = user;
         options.fast = true;
         return options;
     }

@@ -230,7 +230,7 @@ void TestMainWindow::dialogsOpenBelowTheEquipment()
     QCOMPARE(dialog.pos(), QPoint(5, 6));
 }
 
-// Run at 100 % and at 150 %.
+// Run at 100 %, 125 % and 150 %.
 void TestMainWindow::nothingIsCutOff()
 {
     SimulatedSystem system(shippedScenario("controllers-and-cameras"));

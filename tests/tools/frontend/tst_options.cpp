@@ -139,6 +139,8 @@ private slots:
         QTest::newRow("pace of a system that has one")
             << QStringList{"--connect", "127.0.0.1:1", "--fast"}
             << "--fast is for the simulated system that --connect leads to";
+        QTest::newRow("a user of an unknown kind")
+            << QStringList{"--user", "angry"} << "--user: there is no \"angry\"";
         QTest::newRow("a record without a file")
             << QStringList{"--record", ""} << "--record needs a file";
         QTest::newRow("a replay without a file")

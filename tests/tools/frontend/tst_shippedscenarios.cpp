@@ -7,6 +7,10 @@
 #include <recordedsleep.h>
 #include <widgettestmain.h>
 
+#include <QDirIterator>
+#include <QRegularExpression>
+#include <QSet>
+
 #include <algorithm>
 
 namespace {
@@ -50,6 +54,7 @@ struct Situation
     QVector<int> codes; ///< of one start after the other
     QStringList told;   ///< these lines, in this order, with others between them
     QStringList untold; ///< no line begins like this
+    Attitude user = Attitude::Willing;
 };
 
 const QVector<int> twoStarts = {StartAgain, Success};
@@ -262,16 +267,92 @@ QVector<Situation> cameraSituations()
     };
 }
 
+QVector<Situation> otherUsers()
+{
+    return {
+        {"an update that is put off",
+         "cascade",
+         {NotNewest},
+         {": To start the update process later,", notAllNewest},
+         {"press: Update"},
+         Attitude::Later},
+        {"an update of a part of a cascade",
+         "cascade",
+         {StartAgain},
+         {"untick: Firmware update (zan-master)",
+          ": You intend to update the Cascaded System only partially!", "press: Update",
+          confirmation},
+         {},
+         Attitude::Partial},
+        {"an update of nothing",
+         "single",
+         {NotNewest},
+         {"press: F3", ": Nothing was updated, because no update is selected.", notAllNewest},
+         {},
+         Attitude::Idle},
+        {"menu entries, with no notes to show",
+         "one-update-file",
+         {NotNewest},
+         {"menu: What's New?", "window: New Features", "menu: About",
+          ": VORNIX3 demo frontend v3.3.0"},
+         {"press: Update"},
+         Attitude::Curious},
+    };
+}
+
 QVector<Situation> situations()
 {
-    return controllerSituations() + refusalSituations() + cameraSituations();
+    return controllerSituations() + refusalSituations() + cameraSituations() + otherUsers();
+}
+
+/// A box of the update module, by the first line of its text.
+struct Box
+{
+    QString line;
+    bool isReached = true;
+};
+
+/// One for each place in the module that brings up a box, whatever the texts there.
+QVector<Box> boxes()
+{
+    return {
+        {"The Controller's network is set to 'DHCP';"},
+        {"To start the update process later,"},
+        {"You intend to update the Cascaded System only partially!"},
+        {"An update to the selected version is not possible due to discontinued support for your "
+         "controller."},
+        // Nothing is refused for its hardware at present.
+        {"Controller Update to the next version is not possible due to incompatible hardware.",
+         false},
+        {"This action will install new firmware to your camera(s)."},
+        {"This action will install new firmware to your Controller."},
+        {"Don't stop the update process until it is finished!"},
+        {"Nothing was updated, because no update is selected."},
+        {"The Controller is updated successfully and must be restarted."},
+        {"Update failed!"},
+        {"The Controller is updated successfully."},
+    };
+}
+
+int boxesInModules()
+{
+    const QRegularExpression place(
+        "QMessageBox(::(information|warning|critical|question|about)\\(| box[;(])");
+    int count = 0;
+    QDirIterator sources(SOURCES "/modules", {"*.cpp"}, QDir::Files, QDirIterator::Subdirectories);
+    while (sources.hasNext()) {
+        QFile source(sources.next());
+        if (source.open(QIODevice::ReadOnly))
+            count += QString::fromUtf8(source.readAll()).count(place);
+    }
+    return count;
 }
 
 /// All starts of a frontend with the delivered files that the scenario wants.
 class Story
 {
 public:
-    explicit Story(Scenario scenario, int starts)
+    Story(Scenario scenario, int starts, Attitude user)
     {
         // Long enough for the next start to see it, on any machine.
         scenario.timing.bootMs = 3000;
@@ -281,7 +362,7 @@ public:
                          QCoreApplication::applicationDirPath(), &error))
             qFatal("%s", qPrintable(error));
         for (int i = 0; i < starts; ++i) {
-            const Start start(scenario, m_folder);
+            const Start start(scenario, m_folder, user);
             m_codes += start.code;
             m_lines += storyOf(start.narrator);
         }
@@ -308,6 +389,8 @@ public:
                            [&](const QString& line) { return line.startsWith(beginning); });
     }
 
+    QSet<QString> lines() const { return {m_lines.begin(), m_lines.end()}; }
+
     QByteArray text() const { return '\n' + m_lines.join('\n').toLocal8Bit(); }
 
 private:
@@ -329,6 +412,10 @@ private slots:
     void eachIsLookedAt();
     void eachBringsAboutItsSituation_data();
     void eachBringsAboutItsSituation();
+    void everyBoxWasShown();
+
+private:
+    QSet<QString> m_told;
 };
 
 void TestShippedScenarios::eachIsLookedAt()
@@ -337,6 +424,7 @@ void TestShippedScenarios::eachIsLookedAt()
     for (const Situation& situation : situations())
         names += situation.scenario;
     QStringList shipped = Scenario::shipped();
+    names.removeDuplicates();
     names.sort();
     shipped.sort();
     QCOMPARE(names, shipped);
@@ -354,12 +442,21 @@ void TestShippedScenarios::eachBringsAboutItsSituation()
     QFETCH(const Situation, situation);
     // Simulated devices do not need the time that the module gives real ones.
     const RecordedSleep sleep([](int /*milliseconds*/) {});
-    const Story story(shippedScenario(situation.scenario), situation.codes.size());
+    const Story story(shippedScenario(situation.scenario), situation.codes.size(), situation.user);
+    m_told.unite(story.lines());
     QVERIFY2(story.codes() == situation.codes, story.text().constData());
     const QString missing = story.missing(situation.told);
     QVERIFY2(missing.isEmpty(), qPrintable("Not told: " + missing + story.text()));
     for (const QString& line : situation.untold)
         QVERIFY2(!story.tells(line), qPrintable("Told: " + line + story.text()));
+}
+
+// By the rows above, all together.
+void TestShippedScenarios::everyBoxWasShown()
+{
+    QCOMPARE(boxes().size(), boxesInModules());
+    for (const Box& box : boxes())
+        QVERIFY2(m_told.contains(": " + box.line) == box.isReached, qPrintable(box.line));
 }
 
 ZAN_WIDGET_TEST_MAIN(TestShippedScenarios)
