@@ -79,6 +79,7 @@ public:
 
     ~BusyListener() override
     {
+        shutdown(m_listener, SHUT_RDWR); // should nobody come
         wait();
         close(m_listener);
     }

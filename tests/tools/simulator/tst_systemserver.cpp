@@ -413,7 +413,7 @@ private slots:
         }
         const qint64 grownKb = residentKb() - beforeKb;
 #if !defined(__SANITIZE_ADDRESS__) // it keeps freed memory for a while
-        QVERIFY2(grownKb < 5000, qPrintable(QString::number(grownKb)));
+        QVERIFY2(grownKb < 2000, qPrintable(QString::number(grownKb)));
 #else
         Q_UNUSED(grownKb)
 #endif
