@@ -3,6 +3,7 @@
 #include <blockreceiver.h>
 #include <testbench.h>
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QFormLayout>
@@ -24,12 +25,19 @@ enum Moment
 
 FaultDialog::FaultDialog(TestBench& system, QWidget* parent)
     : QDialog(parent), m_system(system), m_mode(makeModes()), m_device(makeDevices()),
-      m_moment(makeMoments()), m_number(new QSpinBox), m_arm(new QPushButton(tr("&Arm"))),
-      m_disarm(new QPushButton(tr("&Disarm all"))), m_armed(new QLabel)
+      m_moment(makeMoments()), m_number(new QSpinBox), m_delay(new QSpinBox),
+      m_everyTime(new QCheckBox(tr("&Every time, not only once"))),
+      m_arm(new QPushButton(tr("&Arm"))), m_disarm(new QPushButton(tr("&Disarm all"))),
+      m_armed(new QLabel)
 {
     m_number->setObjectName(QStringLiteral("spinBox_faultNumber"));
     m_number->setRange(1, BlockReceiver::maxRecords);
     m_number->setAccessibleName(tr("Number of the record, or seed"));
+    m_delay->setObjectName(QStringLiteral("spinBox_faultDelay"));
+    m_delay->setRange(1, maxDurationMs / 1000);
+    m_delay->setValue(Fault().delayMs / 1000);
+    m_delay->setSuffix(tr(" s"));
+    m_everyTime->setObjectName(QStringLiteral("checkBox_everyTime"));
     m_arm->setObjectName(QStringLiteral("pushButton_armFault"));
     m_arm->setStatusTip(tr("Have the fault strike when its moment comes"));
     m_disarm->setObjectName(QStringLiteral("pushButton_disarmFaults"));
@@ -90,6 +98,8 @@ void FaultDialog::makeLayout()
     auto* momentLabel = new QLabel(tr("&Moment:"));
     momentLabel->setBuddy(m_moment); // a row with a layout gets none by itself
     form->addRow(momentLabel, moment);
+    form->addRow(tr("&Late by:"), m_delay);
+    form->addRow(QString(), m_everyTime);
 
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close);
     buttons->addButton(m_arm, QDialogButtonBox::ActionRole);
@@ -107,6 +117,8 @@ Fault FaultDialog::wantedFault() const
     Fault fault;
     fault.mode = faultModes().at(m_mode->currentIndex()).mode;
     fault.device = m_device->currentData().toString();
+    fault.delayMs = m_delay->value() * 1000;
+    fault.times = m_everyTime->isChecked() ? 0 : 1;
     if (m_moment->isEnabled() && m_moment->currentIndex() == GivenRecord)
         fault.record = m_number->value();
     if (m_moment->isEnabled() && m_moment->currentIndex() == RandomRecord)
@@ -119,6 +131,7 @@ void FaultDialog::followMode()
 {
     const FaultModeInfo& info = faultModes().at(m_mode->currentIndex());
     m_moment->setEnabled(info.moment == FaultMoment::Exchange);
+    m_delay->setEnabled(info.mode == FaultMode::AnswerLate);
     followMoment();
 }
 

@@ -4,6 +4,7 @@
 
 #include <QDialog>
 
+class QCheckBox;
 class QComboBox;
 class QLabel;
 class QPushButton;
@@ -36,6 +37,8 @@ private:
     QComboBox* m_device;
     QComboBox* m_moment;
     QSpinBox* m_number;
+    QSpinBox* m_delay;
+    QCheckBox* m_everyTime;
     QPushButton* m_arm;
     QPushButton* m_disarm;
     QLabel* m_armed;

@@ -77,6 +77,7 @@ Frontend::Frontend(std::unique_ptr<SystemAccess> access, const Options& options)
     connect(&m_runs, &RunFollower::runChanged, this,
             [this] { m_window.setHasResults(m_runs.hasRun()); });
     connect(&m_runs, &RunFollower::resultChanged, this, &Frontend::showResults);
+    m_window.setSaveFolder(options.userHome);
     applyTheme(options.dark);
     m_window.setDarkTheme(options.dark);
 
@@ -230,9 +231,8 @@ BackendVersions Frontend::askVersions()
 
 VersionInfo Frontend::askVersion(const char* key)
 {
-    char reply[HostChannel::replyBytes] = {};
-    return m_channel.get_string(reply, "%s", key) == 0 ? reportedVersion(QString::fromUtf8(reply))
-                                                       : VersionInfo();
+    const std::optional<QString> reply = ChannelQueries(m_channel).text(key);
+    return reply ? reportedVersion(*reply) : VersionInfo();
 }
 
 void Frontend::searchForHardware()
@@ -246,7 +246,7 @@ void Frontend::searchForHardware()
 void Frontend::showResults()
 {
     if (m_runs.hasRun())
-        m_results.show(m_runs.run(), m_runs.logFile());
+        m_results.showRun(m_runs.run(), m_runs.logFile());
 }
 
 void Frontend::tellTheme(bool dark)

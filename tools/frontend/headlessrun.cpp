@@ -34,6 +34,10 @@ static ExitCode judge(const TestBench& system, const QStringList& refusals, Narr
     };
     for (const QString& refusal : refusals)
         tell(QStringLiteral("refused: ") + refusal);
+    if (!system.isAtHand()) {
+        tell(QStringLiteral("The simulated system is gone, so nothing is known of its versions."));
+        return StartFailed;
+    }
     if (!system.isReachable()) {
         tell(QStringLiteral("The controllers restart. Start again to see what became of it."));
         return StartAgain;

@@ -1,7 +1,8 @@
 #include "hostchannel.h"
 
 #include <MessageReceiver.h>
-#include <recordingchannel.h>
+
+#include <QScopedValueRollback>
 
 #include <cstring>
 
@@ -90,12 +91,28 @@ void HostChannel::get_address(char* address)
 
 std::optional<Reply> HostChannel::exchange(Operation operation, const QByteArray& text)
 {
+    if (!isFree(text))
+        return std::nullopt;
     finishPending();
     send(operation, text);
-    const std::optional<Reply> reply = m_link.wait(defaultTimeoutMs);
+    const std::optional<Reply> reply = waitForReply(defaultTimeoutMs);
     if (m_listener)
         m_listener->answered(operation, text, reply);
     return reply;
+}
+
+bool HostChannel::isFree(const QByteArray& text)
+{
+    if (m_isWaiting)
+        post_message("standard", "Channel", 1,
+                     "Not sent, as another text waits for its reply: " + text);
+    return !m_isWaiting;
+}
+
+std::optional<Reply> HostChannel::waitForReply(int timeoutMs)
+{
+    const QScopedValueRollback<bool> waiting(m_isWaiting, true);
+    return m_link.wait(timeoutMs);
 }
 
 void HostChannel::send(Operation operation, const QByteArray& text)
@@ -110,6 +127,8 @@ int HostChannel::sendOrStart(Operation operation, const QByteArray& text, char* 
     if (!m_preparedTimeoutMs)
         return result(takeReply(exchange(operation, text), reply));
 
+    if (!isFree(text))
+        return FAILURE;
     finishPending();
     send(operation, text);
     m_pending = Pending{reply, *m_preparedTimeoutMs, {}, std::nullopt};
@@ -120,8 +139,8 @@ int HostChannel::sendOrStart(Operation operation, const QByteArray& text, char* 
 
 void HostChannel::finishPending()
 {
-    if (!m_pending || m_pending->outcome)
+    if (!m_pending || m_pending->outcome || m_isWaiting)
         return;
     const qint64 leftMs = qMax<qint64>(0, m_pending->timeoutMs - m_pending->age.elapsed());
-    m_pending->outcome = takeReply(m_link.wait(static_cast<int>(leftMs)), m_pending->reply);
+    m_pending->outcome = takeReply(waitForReply(static_cast<int>(leftMs)), m_pending->reply);
 }

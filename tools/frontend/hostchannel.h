@@ -3,6 +3,7 @@
 #include "commandlink.h"
 
 #include <IOManager.h>
+#include <recordingchannel.h>
 
 #include <QElapsedTimer>
 #include <QMap>
@@ -25,12 +26,13 @@ public:
 ///
 /// A command or setting that was prepared never waits: it is sent, and poll_reply() brings its
 /// reply. Should another text be sent in between, the prepared reply is waited for first, so that
-/// the controller has one text at a time.
+/// the controller has one text at a time. A text that is sent while another one is being waited
+/// for, from an event that is served meanwhile, fails, and the receiver "standard" is told of it.
 class HostChannel final : public IOManager
 {
 public:
     /// Room that every caller has for a reply, the terminating zero included; longer ones are cut.
-    static constexpr int replyBytes = 200;
+    static constexpr int replyBytes = TranscriptForm::replyBytes;
     /// Time that the controller may take for anything that was not prepared.
     static constexpr int defaultTimeoutMs = 5000;
 
@@ -72,10 +74,13 @@ private:
     std::optional<Reply> exchange(Operation operation, const QByteArray& text);
     int sendOrStart(Operation operation, const QByteArray& text, char* reply);
     void finishPending();
+    bool isFree(const QByteArray& text);
+    std::optional<Reply> waitForReply(int timeoutMs);
     void send(Operation operation, const QByteArray& text);
 
     CommandLink& m_link;
     ChannelListener* m_listener = nullptr;
+    bool m_isWaiting = false;
     std::optional<int> m_preparedTimeoutMs;
     std::optional<Pending> m_pending;
     QMap<QByteArray, MessageReceiver*> m_receivers;

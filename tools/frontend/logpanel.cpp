@@ -2,6 +2,8 @@
 
 #include "logview.h"
 
+#include <wholefile.h>
+
 #include <QComboBox>
 #include <QDir>
 #include <QFileDialog>
@@ -11,7 +13,6 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QSaveFile>
 #include <QShortcut>
 
 static constexpr int minShownLines = 2;
@@ -99,18 +100,9 @@ void LogPanel::updateCount()
 void LogPanel::save(const QString& title, const QString& text)
 {
     const QString path = QFileDialog::getSaveFileName(
-        this, title, QDir::home().filePath(QStringLiteral("vornix3.log")),
+        this, title, QDir(m_saveFolder).filePath(QStringLiteral("vornix3.log")),
         tr("Logs (*.log *.txt);;All files (*)"));
     QString error;
-    if (!path.isEmpty() && !writeFile(path, text, &error))
+    if (!path.isEmpty() && !writeWholeFile(path, text.toUtf8(), &error))
         QMessageBox::warning(this, title, error);
-}
-
-bool LogPanel::writeFile(const QString& path, const QString& text, QString* error)
-{
-    QSaveFile file(path);
-    if (file.open(QIODevice::WriteOnly) && file.write(text.toUtf8()) >= 0 && file.commit())
-        return true;
-    *error = QStringLiteral("%1: %2").arg(path, file.errorString());
-    return false;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDir>
 #include <QGroupBox>
 
 class LogView;
@@ -18,9 +19,8 @@ public:
 
     LogView& view() { return *m_view; }
 
-    /// Writes @p text into a file. One that stood there stays as it was if that fails.
-    /// @param error must not be null; on failure the file and the reason
-    static bool writeFile(const QString& path, const QString& text, QString* error);
+    /// Sets the folder that is proposed for a saved log; the user's home if none is set.
+    void setSaveFolder(const QString& folder) { m_saveFolder = folder; }
 
 private:
     QLayout* makeControls();
@@ -35,4 +35,5 @@ private:
     QComboBox* m_sender;
     QLabel* m_count;
     QPushButton* m_save;
+    QString m_saveFolder = QDir::homePath();
 };

@@ -12,7 +12,6 @@ struct LogFilter
     QString text;   ///< anywhere in sender or text of a message, whatever the case; empty: any
     QString sender; ///< empty: any
 
-    bool isActive() const { return !text.isEmpty() || !sender.isEmpty(); }
     bool shows(const QString& messageSender, const QString& messageText) const;
 };
 

@@ -167,6 +167,11 @@ void MainWindow::setHasResults(bool has)
     m_results->setEnabled(has);
 }
 
+void MainWindow::setSaveFolder(const QString& folder)
+{
+    m_log->setSaveFolder(folder);
+}
+
 void MainWindow::setDarkTheme(bool dark)
 {
     m_darkTheme->setChecked(dark);

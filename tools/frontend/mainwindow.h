@@ -27,6 +27,8 @@ public:
 
     ConnectionPanel& connection() { return *m_connection; }
     LogView& log();
+    /// Sets the folder that is proposed for a saved log.
+    void setSaveFolder(const QString& folder);
 
     /// Places the menu entries of a module, which stay the module's. Those that must not be used
     /// during a measurement are disabled as long as one runs.

@@ -11,13 +11,16 @@ const char description[] =
 
 Everything that is kept stands in the state folder: the simulated controllers in
 system.json, the plans and results of updates in runs, and the preferences of the
-modules in a home folder of its own. HOME
-is set to that folder before a module is loaded, so the real one stays untouched.
+modules in a home folder of its own. HOME is set to that folder before a module is
+loaded, so the real one stays untouched. A scenario that wants only some of the
+delivered files gets a frontend of its own in delivered. With --connect the other
+process keeps the controllers, with --replay there are none.
 
 Exit codes:
   0  the frontend was left; with --headless: all controllers and cameras run the
      newest versions that the update files bring them
-  1  it could not start: scenario, state folder or update module
+  1  it could not start: scenario, state folder, update module, what --connect leads
+     to, or the record to be replayed; or the system that it was connected to is gone
   2  wrong command line
   3  --headless: some controllers or cameras do not run the newest versions; the
      last lines say which, and what was refused
@@ -37,7 +40,8 @@ struct CommandLine
                                 "NAME|FILE", "cascade"};
     QCommandLineOption connectTo{"connect",
                                  "Operates the simulated system that the program simulated-system "
-                                 "serves there, instead of one in this process.",
+                                 "serves there, instead of one in this process. HOST is an IP "
+                                 "address or localhost.",
                                  "HOST:PORT"};
     QCommandLineOption stateDir{"state-dir",
                                 "State folder; state/SCENARIO beside the folder of the program if "
@@ -45,7 +49,8 @@ struct CommandLine
                                 "DIR"};
     QCommandLineOption fresh{"fresh", "Forgets what the state folder holds, and starts anew."};
     QCommandLineOption fast{"fast", "Controllers take records as they come, not at their own pace "
-                                    "(2750 a second)."};
+                                    "(2750 a second), and an answer that would come too late is "
+                                    "not waited for."};
     QCommandLineOption headless{"headless", "Plays the user on the real windows, prints what "
                                             "happens, and leaves."};
     QCommandLineOption user{"user",
@@ -104,7 +109,7 @@ QString scenarioOf(const QString& text)
 QString stateNameOf(const Options& options)
 {
     if (options.peer)
-        return QStringLiteral("connected");
+        return QStringLiteral("connected-") + options.peer->text().replace(':', '-');
     if (!options.replayFile.isEmpty())
         return QFileInfo(options.replayFile).completeBaseName();
     // The names of shipped scenarios have no suffix, but may have dots.
@@ -118,6 +123,7 @@ Options optionsOf(const CommandLine& line, const QString& programDir)
     Options options;
     options.action = actionOf(line);
     options.scenario = scenarioOf(parser.value(line.scenario));
+    options.userHome = QDir::homePath();
     options.peer = Endpoint::read(parser.value(line.connectTo));
     if (parser.isSet(line.record))
         options.recordFile = absolute(parser.value(line.record));

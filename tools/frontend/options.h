@@ -24,6 +24,7 @@ struct Options
     QString scenario = QStringLiteral("cascade"); ///< name of a shipped one, or a file
     std::optional<Endpoint> peer; ///< of a simulated system in another process; none: one in here
     QString stateDir;             ///< absolute; made when it is needed
+    QString userHome;             ///< the user's own, before the program moves to another one
     QString pluginFile;           ///< absolute
     QString recordFile;           ///< absolute; empty: no record
     QString replayFile;           ///< absolute; empty: there is a system

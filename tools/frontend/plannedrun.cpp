@@ -5,6 +5,7 @@
 #include <QCoreApplication>
 
 #include <algorithm>
+#include <tuple>
 
 namespace {
 
@@ -186,9 +187,11 @@ QString partText(Part part)
 
 bool operator==(const PlannedUpdate& left, const PlannedUpdate& right)
 {
-    return resultTexts(left) == resultTexts(right) && left.part == right.part &&
-           left.isExact == right.isExact && left.outcome == right.outcome &&
-           left.wasAway == right.wasAway;
+    const auto members = [](const PlannedUpdate& it) {
+        return std::tie(it.device, it.part, it.from, it.planned, it.isExact, it.outcome, it.found,
+                        it.remark, it.wasAway);
+    };
+    return members(left) == members(right);
 }
 
 bool PlannedRun::isSettled() const

@@ -7,6 +7,7 @@
 #include <utility>
 
 static constexpr int MAX_STATE_LINE = 1 << 20;
+static constexpr int MAX_TOLD_CHARACTERS = 200;
 static constexpr int CATCH_UP_MS = 1000;
 static constexpr char STATE_TAG[] = "#state";
 
@@ -88,7 +89,7 @@ void RemoteBench::handleLine(const QByteArray& line)
     if (!reply)
         return;
     if (!reply->ok)
-        emit trouble(QStringLiteral("%1: %2").arg(m_peer.text(), QString::fromUtf8(reply->text)));
+        tell(QStringLiteral("%1: %2").arg(m_peer.text(), QString::fromUtf8(reply->text)));
     else if (reply->tag == STATE_TAG)
         adopt(reply->text);
     if (reply->tag == STATE_TAG)
@@ -100,7 +101,7 @@ void RemoteBench::handleClosed()
     m_statesAskedFor = 0;
     if (!std::exchange(m_isAtHand, false))
         return;
-    emit trouble(tr("The connection to %1 is lost.").arg(m_peer.text()));
+    tell(tr("The connection to %1 is lost.").arg(m_peer.text()));
     emit changed();
 }
 
@@ -109,11 +110,20 @@ void RemoteBench::adopt(const QByteArray& json)
     QString error;
     const std::optional<BenchState> state = benchStateFromJson(json, m_scenario, &error);
     if (!state) {
-        emit trouble(QStringLiteral("%1: %2").arg(m_peer.text(), error));
+        tell(QStringLiteral("%1: %2").arg(m_peer.text(), error));
         return;
     }
     m_state = *state;
     m_stateAge.start();
     m_isAtHand = true;
+    m_toldLast.clear();
     emit changed();
+}
+
+// The peer may send anything, and as often as it likes.
+void RemoteBench::tell(const QString& text)
+{
+    const QString line = text.left(MAX_TOLD_CHARACTERS);
+    if (std::exchange(m_toldLast, line) != line)
+        emit trouble(line);
 }

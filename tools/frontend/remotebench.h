@@ -36,6 +36,7 @@ private:
     void perform(const QByteArray& text);
     void handleLine(const QByteArray& line);
     void handleClosed();
+    void tell(const QString& text);
     void adopt(const QByteArray& json);
 
     Endpoint m_peer;
@@ -45,4 +46,5 @@ private:
     LineSocket m_socket;
     bool m_isAtHand = false;
     int m_statesAskedFor = 0;
+    QString m_toldLast;
 };

@@ -108,7 +108,7 @@ ResultDialog::ResultDialog(QWidget* parent)
     close->setFocus();
 }
 
-void ResultDialog::show(const PlannedRun& run, const QString& logFile)
+void ResultDialog::showRun(const PlannedRun& run, const QString& logFile)
 {
     m_logFile = logFile;
     m_logText = run.logText();

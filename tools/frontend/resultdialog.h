@@ -21,7 +21,7 @@ public:
     explicit ResultDialog(QWidget* parent = nullptr);
 
     /// @param logFile that the button opens
-    void show(const PlannedRun& run, const QString& logFile);
+    void showRun(const PlannedRun& run, const QString& logFile);
 
     /// Replaces the desktop's way to open a file, which says whether there is one.
     void setOpen(const Open& open) { m_open = open; }

@@ -32,7 +32,8 @@ RunFollower::RunFollower(HostChannel& channel, const QString& folder)
 {
     m_channel.setListener(&m_witness);
     connect(&m_witness, &RunWitness::runBegins, this, &RunFollower::beginRun);
-    connect(&m_witness, &RunWitness::restartAccepted, this, &RunFollower::noteRestart);
+    connect(&m_witness, &RunWitness::restartAccepted, this, [this] { noteRestart(true); });
+    connect(&m_witness, &RunWitness::restartUnanswered, this, [this] { noteRestart(false); });
 }
 
 RunFollower::~RunFollower()
@@ -83,14 +84,15 @@ void RunFollower::beginRun()
     emit runChanged();
 }
 
-void RunFollower::noteRestart()
+void RunFollower::noteRestart(bool isTaken)
 {
     if (!m_run || m_run->isSettled())
         return;
     if (m_witness.isRunning() && !m_run->hasEnded)
         noteEnd();
-    m_run->hasRestarted = true;
-    note(tr("The controllers took the command to restart."));
+    m_run->hasRestarted = m_run->hasRestarted || isTaken;
+    note(isTaken ? tr("The controllers took the command to restart.")
+                 : tr("The command to restart was not answered."));
     save();
 }
 

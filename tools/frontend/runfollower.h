@@ -54,7 +54,7 @@ signals:
 
 private:
     void beginRun();
-    void noteRestart();
+    void noteRestart(bool isTaken);
     /// @return whether anything has changed
     bool askDevices();
     void judge();

@@ -1,13 +1,13 @@
 #include "runstore.h"
 
 #include <checkedjson.h>
+#include <wholefile.h>
 
 #include <QDir>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QSaveFile>
 
 namespace {
 
@@ -41,7 +41,7 @@ QJsonObject toJson(const PlannedUpdate& update)
 
 QString toText(const QDateTime& time)
 {
-    return time.toString(Qt::ISODateWithMs);
+    return time.toUTC().toString(Qt::ISODateWithMs);
 }
 
 QByteArray toJson(const PlannedRun& run)
@@ -66,8 +66,8 @@ QDateTime readTime(CheckedObject* object, const QString& key)
 {
     const QDateTime time = QDateTime::fromString(object->text(key), Qt::ISODateWithMs);
     if (!time.isValid())
-        object->fail(key, QStringLiteral("must be a moment such as \"2026-03-01T12:00:00.000\""));
-    return time;
+        object->fail(key, QStringLiteral("must be a moment such as \"2026-03-01T12:00:00.000Z\""));
+    return time.toLocalTime();
 }
 
 PlannedUpdate readUpdate(CheckedObject object)
@@ -106,15 +106,6 @@ std::optional<PlannedRun> readRun(const QByteArray& json, const QString& fileNam
     return object.ok() ? std::make_optional(run) : std::nullopt;
 }
 
-bool write(const QString& path, const QByteArray& bytes, QString* error)
-{
-    QSaveFile file(path);
-    if (file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit())
-        return true;
-    *error = QStringLiteral("%1: %2").arg(path, file.errorString());
-    return false;
-}
-
 } // namespace
 
 bool RunStore::save(const PlannedRun& run, QString* error) const
@@ -123,13 +114,13 @@ bool RunStore::save(const PlannedRun& run, QString* error) const
         *error = QStringLiteral("%1: the folder cannot be made").arg(m_folder);
         return false;
     }
-    return write(fileBase(run) + QLatin1String(".json"), toJson(run), error) &&
-           write(logFile(run), run.logText().toUtf8(), error);
+    return writeWholeFile(fileBase(run) + QLatin1String(".json"), toJson(run), error) &&
+           writeWholeFile(logFile(run), run.logText().toUtf8(), error);
 }
 
 std::optional<PlannedRun> RunStore::latest(QStringList* problems) const
 {
-    // The names begin with the time.
+    // The names begin with the time, in a zone that never goes back.
     const QFileInfoList files =
         QDir(m_folder).entryInfoList({"*.json"}, QDir::Files, QDir::Name | QDir::Reversed);
     for (const QFileInfo& entry : files) {
@@ -144,9 +135,7 @@ std::optional<PlannedRun> RunStore::latest(QStringList* problems) const
             if (std::optional<PlannedRun> run = readRun(json, path, &error))
                 return run;
         }
-        const QString aside = path + QLatin1String(".damaged");
-        QFile::remove(aside);
-        QFile::rename(path, aside);
+        setDamagedFileAside(path);
         *problems += error;
     }
     return std::nullopt;
@@ -160,5 +149,5 @@ QString RunStore::logFile(const PlannedRun& run) const
 QString RunStore::fileBase(const PlannedRun& run) const
 {
     return m_folder + QLatin1String("/run-") +
-           run.started.toString(QStringLiteral("yyyyMMdd-HHmmss-zzz"));
+           run.started.toUTC().toString(QStringLiteral("yyyyMMdd-HHmmss-zzz"));
 }

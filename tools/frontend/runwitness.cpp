@@ -68,8 +68,9 @@ void RunWitness::sending(Operation operation, const QByteArray& text)
 void RunWitness::answered(Operation operation, const QByteArray& text,
                           const std::optional<Reply>& reply)
 {
-    // A restart may well cut off its own answer.
-    if (isRestart(operation, text) && (!reply || !reply->text.startsWith("vornix2 err")))
+    if (isRestart(operation, text) && !reply)
+        emit restartUnanswered();
+    else if (isRestart(operation, text) && !reply->text.startsWith("vornix2 err"))
         emit restartAccepted();
     if (operation != Operation::GetString && operation != Operation::GetInt)
         return;

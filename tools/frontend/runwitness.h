@@ -30,6 +30,8 @@ signals:
     void runBegins();
     /// The controllers have taken the command to restart, or to shut down.
     void restartAccepted();
+    /// The command got no answer: a restart may well cut off its own one, or nothing happens.
+    void restartUnanswered();
 
 private:
     bool m_isRunning = false;

@@ -1,19 +1,15 @@
 #include "systemreport.h"
 
-#include <QVarLengthArray>
+#include <recordingchannel.h>
 
 #include <algorithm>
 
-// As much as a channel may write, whatever it keeps to.
-static constexpr int REPLY_BYTES = 1024;
-
 std::optional<QString> ChannelQueries::text(const QByteArray& key)
 {
-    QVarLengthArray<char, REPLY_BYTES> reply(REPLY_BYTES);
-    reply[0] = '\0';
-    if (m_channel.get_string(reply.data(), "%s", key.constData()) != 0)
+    char reply[TranscriptForm::replyBytes + 1] = {}; // the last byte stays zero
+    if (m_channel.get_string(reply, "%s", key.constData()) != 0)
         return std::nullopt;
-    return QString::fromUtf8(reply.constData());
+    return QString::fromUtf8(reply);
 }
 
 std::optional<int> ChannelQueries::number(const QByteArray& key)

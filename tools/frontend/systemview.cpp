@@ -13,7 +13,6 @@
 namespace {
 
 constexpr int refreshMs = 50;
-constexpr int recordsColumnWidth = 150;
 constexpr int minShownRows = 3;
 constexpr int maxShownRows = 8;
 constexpr int columnGap = 12;
@@ -90,7 +89,9 @@ QTableView* makeDeviceView(QAbstractTableModel* model, const QString& name)
     header->setSectionResizeMode(QHeaderView::ResizeToContents);
     header->setSectionResizeMode(header->count() - 2, QHeaderView::Stretch);
     header->setSectionResizeMode(header->count() - 1, QHeaderView::Fixed);
-    header->resizeSection(header->count() - 1, recordsColumnWidth);
+    header->resizeSection(header->count() - 1, view->fontMetrics().horizontalAdvance(
+                                                   QStringLiteral("1,000,000 of 1,000,000")) +
+                                                   2 * columnGap);
     return view;
 }
 

@@ -4,9 +4,10 @@
 #include "imagelisting.h"
 #include "imagewriter.h"
 
+#include <wholefile.h>
+
 #include <QFile>
 #include <QJsonDocument>
-#include <QSaveFile>
 #include <QTextStream>
 
 namespace {
@@ -157,10 +158,10 @@ Failure ImageTool::read(const QString& fileName, QByteArray* bytes)
 
 Failure ImageTool::write(const QString& fileName, const QByteArray& bytes)
 {
-    QSaveFile file(fileName);
-    if (file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit())
+    QString error;
+    if (writeWholeFile(fileName, bytes, &error))
         return {};
-    return {ImageToolCannotWrite, QString("%1: %2").arg(fileName, file.errorString())};
+    return {ImageToolCannotWrite, error};
 }
 
 void ImageTool::report(const Failure& failure)

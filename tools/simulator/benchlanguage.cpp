@@ -11,6 +11,9 @@
 
 namespace {
 
+// More make no sense, and a line has to hold them all.
+constexpr int maxArmedFaults = 100;
+
 BenchReply done(const QByteArray& text = QByteArray())
 {
     return {true, text, false};
@@ -41,7 +44,6 @@ BenchReply tellState(SimulatedSystem& system, const QByteArray& /*argument*/)
 
 BenchReply tellPower(SimulatedSystem& system, const QByteArray& /*argument*/)
 {
-    system.settle();
     return done(powerTexts().at(static_cast<int>(system.power())).toLatin1());
 }
 
@@ -77,6 +79,9 @@ BenchReply measure(SimulatedSystem& system, const QByteArray& argument)
 
 BenchReply arm(SimulatedSystem& system, const QByteArray& argument)
 {
+    if (system.armedFaults().size() >= maxArmedFaults)
+        return failed(QStringLiteral("%1 faults are armed already; disarm takes them back")
+                          .arg(maxArmedFaults));
     const QString name = QStringLiteral("fault");
     QString error;
     const std::optional<QJsonObject> object = parseJsonObject(argument, name, &error);
@@ -153,6 +158,7 @@ void adoptAll(QVector<Device>* devices, const QVector<Memory>& memories, Power p
 
 BenchReply performBench(SimulatedSystem& system, const QByteArray& text)
 {
+    system.settle();
     QByteArray argument = text;
     const QByteArray word = takeWord(&argument);
     const auto* const verb = std::find_if(std::begin(verbs), std::end(verbs),

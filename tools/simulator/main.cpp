@@ -4,12 +4,15 @@
 #include <simulatedsystem.h>
 
 #include <QCoreApplication>
-#include <QFile>
+#include <QDir>
+#include <QFileInfo>
+#include <QLockFile>
 
 #include <cstdio>
 
 namespace {
 
+constexpr int lockTimeoutMs = 1000;
 constexpr char simulatorVersion[] = "2.0.0";
 
 void print(FILE* stream, const QString& text)
@@ -70,6 +73,14 @@ int serve(const ServerOptions& options)
     if (options.fast)
         makeFast(&scenario->timing);
 
+    // The same as of a frontend that simulates the system itself.
+    const QString stateFolder = QFileInfo(options.stateFile).path();
+    QLockFile lock(stateFolder + QLatin1String("/lock"));
+    if (!options.stateFile.isEmpty() &&
+        (!QDir().mkpath(stateFolder) || !lock.tryLock(lockTimeoutMs)))
+        return fail(ServerFailed,
+                    QStringLiteral("%1: another process uses this folder, or it cannot be written")
+                        .arg(stateFolder));
     SimulatedSystem system(*scenario);
     keepState(system, options);
     SystemServer server(system);

@@ -2,12 +2,13 @@
 
 #include "reportedversion.h"
 
+#include <wholefile.h>
+
 #include <QAbstractEventDispatcher>
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 
 #include <algorithm>
 #include <utility>
@@ -23,13 +24,6 @@ bool isAtNewest(const ControllerState& controller, VersionInfo pt, VersionInfo c
     if (running < pt || reportedVersion(controller.ct) < ct)
         return false;
     return running != pt || reportedAppendix(controller.pt) == appendix;
-}
-
-void setAside(const QString& path)
-{
-    const QString damaged = path + QStringLiteral(".damaged");
-    QFile::remove(damaged);
-    QFile::rename(path, damaged);
 }
 
 } // namespace
@@ -86,7 +80,7 @@ bool SimulatedSystem::loadState(const QString& path, QString* error)
         *error = QStringLiteral("%1: %2").arg(path, file.errorString());
     file.close();
     if (!memory) {
-        setAside(path);
+        setDamagedFileAside(path);
         return false;
     }
     adopt(*memory);
@@ -98,11 +92,10 @@ bool SimulatedSystem::saveState()
     if (m_stateFile.isEmpty())
         return true;
     QDir().mkpath(QFileInfo(m_stateFile).path());
-    QSaveFile file(m_stateFile);
-    const QByteArray json = stateToJson(memory());
-    if (file.open(QIODevice::WriteOnly) && file.write(json) == json.size() && file.commit())
+    QString error;
+    if (writeWholeFile(m_stateFile, stateToJson(memory()), &error))
         return true;
-    emit trouble(QStringLiteral("%1: %2").arg(m_stateFile, file.errorString()));
+    emit trouble(error);
     return false;
 }
 

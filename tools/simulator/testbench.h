@@ -7,7 +7,8 @@
 #include <QObject>
 
 /// A system as those see it who stand beside it, and what their hands do to it. None of this goes
-/// over the command channel, so a frontend's own knowledge never comes from here.
+/// over the command channel: what a frontend believes of versions and outcomes comes from there
+/// alone, and only what its window shows of the system, and what it presets, comes from here.
 ///
 /// To be used from one thread, the one it lives in.
 class TestBench : public QObject

@@ -5,6 +5,7 @@
 #include <QStringList>
 
 #include <deque>
+#include <functional>
 
 /// A line to nowhere: logs what is done with it, and answers what the test told it to.
 class ScriptedLink : public CommandLink
@@ -32,6 +33,8 @@ public:
     std::optional<Reply> wait(int timeoutMs) override
     {
         log += QStringLiteral("wait");
+        if (duringWait)
+            duringWait();
         waitedMs.push_back(timeoutMs);
         if (m_answers.empty())
             return std::nullopt;
@@ -46,7 +49,8 @@ public:
     QString address() const override { return linkAddress; }
 
     QStringList log;
-    QVector<int> waitedMs; ///< time-outs in the order of the waits
+    std::function<void()> duringWait; ///< what happens while a reply is waited for
+    QVector<int> waitedMs;            ///< time-outs in the order of the waits
     bool reachable = true;
     QString linkAddress = QStringLiteral("192.168.7.20");
 

@@ -5,6 +5,7 @@
 
 #include <widgettestmain.h>
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
 #include <QPushButton>
@@ -101,6 +102,25 @@ private slots:
         dialog.arm().click();
         QCOMPARE(dialog.system.armedFaults().constFirst().record, 0);
         QCOMPARE(dialog.system.armedFaults().constFirst().seed.value_or(0), 4711U);
+    }
+
+    void delayAndRepetitionCanBeChosen()
+    {
+        Dialog dialog;
+        auto* delay = dialog.dialog.findChild<QSpinBox*>("spinBox_faultDelay");
+        QVERIFY(!delay->isEnabled());
+        dialog.mode().setCurrentIndex(int(FaultMode::AnswerLate));
+        QVERIFY(delay->isEnabled());
+        dialog.arm().click();
+        delay->setValue(7);
+        dialog.dialog.findChild<QCheckBox*>("checkBox_everyTime")->setChecked(true);
+        dialog.arm().click();
+
+        const QVector<Fault>& faults = dialog.system.armedFaults();
+        QCOMPARE(faults.at(0).delayMs, Fault().delayMs);
+        QCOMPARE(faults.at(0).times, 1);
+        QCOMPARE(faults.at(1).delayMs, 7000);
+        QCOMPARE(faults.at(1).times, 0);
     }
 
     void armedFaultsAreToldAndCanBeDisarmed()

@@ -376,6 +376,40 @@ private slots:
         channel.post_message("UpdateModule", "host", 1, "c");
         QCOMPARE(texts, (QStringList{"1 a", "2 b"}));
     }
+
+    void textSentDuringAWaitFailsAndIsTold_data()
+    {
+        QTest::addColumn<bool>("isPrepared");
+        QTest::newRow("query") << false;
+        QTest::newRow("prepared setting") << true;
+    }
+
+    void textSentDuringAWaitFailsAndIsTold()
+    {
+        QFETCH(const bool, isPrepared);
+        ScriptedLink link;
+        HostChannel channel(link);
+        QString told;
+        TextReceiver log(
+            [&](const QString& sender, const QString& text) { told += sender + ": " + text; });
+        channel.register_receiver("standard", &log);
+        int nested = 0;
+        link.duringWait = [&] {
+            Buffer inner;
+            if (isPrepared)
+                channel.prepare_reply(1, 1000, 1);
+            nested = isPrepared ? channel.set_value("system update 1 1 A")
+                                : channel.get_string(inner.bytes.data(), "status active");
+        };
+        link.answer("zan-master");
+        Buffer outer;
+        QCOMPARE(channel.get_string(outer.bytes.data(), "system hostname"), 0);
+        QCOMPARE(outer.text(), QByteArray("zan-master"));
+        QVERIFY(nested != 0);
+        QCOMPARE(link.log, (QStringList{"get_string system hostname", "wait"}));
+        QCOMPARE(told, "Channel: Not sent, as another text waits for its reply: " +
+                           QString(isPrepared ? "system update 1 1 A" : "status active"));
+    }
 };
 
 ZAN_TEST_MAIN(TestHostChannel)

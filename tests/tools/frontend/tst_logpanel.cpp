@@ -157,18 +157,6 @@ private slots:
         QCOMPARE(shown.told, path + ": No such file or directory");
     }
 
-    void fileStaysWhereWritingFails()
-    {
-        const FixtureFolder folder;
-        QString error;
-        folder.makeFolder("taken");
-        QVERIFY(!LogPanel::writeFile(folder.path("taken"), "x", &error));
-        QVERIFY2(error.startsWith(folder.path("taken") + ": "), qPrintable(error));
-        QVERIFY(LogPanel::writeFile(folder.path("log"), "one\n", &error));
-        QVERIFY(LogPanel::writeFile(folder.path("log"), "two\n", &error));
-        QCOMPARE(contentOf(folder.path("log")), QByteArray("two\n"));
-    }
-
     void everyFieldHasANameAndAKey()
     {
         ShownPanel shown;

@@ -107,7 +107,7 @@ private slots:
         QVERIFY(parse({"--connect", "localhost:4711", "--headless"}, &options, &error));
         QVERIFY(options.peer);
         QCOMPARE(options.peer->text(), QString("127.0.0.1:4711"));
-        QCOMPARE(options.stateDir, QString("/opt/build/state/connected"));
+        QCOMPARE(options.stateDir, QString("/opt/build/state/connected-127.0.0.1-4711"));
         QVERIFY(parse({"--connect", "[::1]:4711", "--state-dir", "/s"}, &options, &error));
         QCOMPARE(options.peer->text(), QString("[::1]:4711"));
         QCOMPARE(options.stateDir, QString("/s"));

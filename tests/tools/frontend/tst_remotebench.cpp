@@ -126,6 +126,21 @@ private slots:
         QVERIFY(bench.trouble.isEmpty());
     }
 
+    void sameComplaintsAreToldOnceAndLongOnesAreCut()
+    {
+        ScriptedPeer peer({[](PeerConnection& connection) {
+            connection.readLine();
+            for (int i = 0; i < 20; ++i)
+                connection.write("failed " + QByteArray(100000, 'x') + '\n');
+            connection.write("failed y\n");
+            connection.waitUntilClosed();
+        }});
+        Bench bench(peer.endpoint(), "single");
+        QTRY_COMPARE(bench.trouble.size(), 2);
+        QCOMPARE(bench.trouble.at(0), (peer.endpoint().text() + ": ").leftJustified(200, 'x'));
+        QCOMPARE(bench.trouble.at(1), peer.endpoint().text() + ": y");
+    }
+
     void whatTheSystemRefusesIsTold()
     {
         Served served("single");

@@ -64,7 +64,7 @@ struct Shown
 {
     explicit Shown(const PlannedRun& run = sampleRun())
     {
-        dialog.show(run, "/runs/run.log");
+        dialog.showRun(run, "/runs/run.log");
         table = dialog.findChild<QTableWidget*>("table_results");
     }
 
@@ -120,7 +120,7 @@ void TestResultDialog::laterResultsTakeTheirPlace()
     Shown shown;
     PlannedRun run = sampleRun();
     run.updates.resize(1);
-    shown.dialog.show(run, "/runs/run.log");
+    shown.dialog.showRun(run, "/runs/run.log");
     QCOMPARE(shown.table->rowCount(), 1);
     QCOMPARE(textOf(shown.dialog, "label_summary"),
              QString("1 of 1 controller runs what was planned."));
@@ -148,7 +148,7 @@ void TestResultDialog::logFileThatNothingOpensIsTold()
     QVERIFY(message->isVisible());
     QCOMPARE(message->text(),
              QString("No program was found that opens the log file: /runs/run.log"));
-    shown.dialog.show(sampleRun(), "/runs/run.log");
+    shown.dialog.showRun(sampleRun(), "/runs/run.log");
     QVERIFY(!message->isVisible());
 }
 
@@ -189,7 +189,7 @@ void TestResultDialog::escapeCloses()
     QVERIFY(QTest::qWaitForWindowActive(&shown.dialog));
     QTest::keyClick(&shown.dialog, Qt::Key_Escape);
     QVERIFY(!shown.dialog.isVisible());
-    shown.dialog.show(sampleRun(), "/runs/run.log");
+    shown.dialog.showRun(sampleRun(), "/runs/run.log");
     QTest::keyClick(buttonOf(shown.dialog, "pushButton_close"), Qt::Key_Space);
     QVERIFY(!shown.dialog.isVisible());
 }

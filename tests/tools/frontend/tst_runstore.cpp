@@ -108,7 +108,7 @@ void TestRunStore::damagedFilesAreSetAside_data()
         << ": format: must be one of \"update-run-1\"";
     QTest::newRow("a moment that is none")
         << head + R"("started": "yesterday", "updates": []})"
-        << ": started: must be a moment such as \"2026-03-01T12:00:00.000\"";
+        << ": started: must be a moment such as \"2026-03-01T12:00:00.000Z\"";
     QTest::newRow("an update of an unknown part")
         << head + R"("started": "2026-03-01T12:00:00.000", "updates": [{"device": "a",
                      "part": "wheel"}]})"

@@ -154,6 +154,17 @@ private slots:
         QVERIFY(equipment.system.armedFaults().isEmpty());
     }
 
+    void faultsThatCanBeArmedAreLimited()
+    {
+        Equipment equipment("single");
+        for (int i = 0; i < 100; ++i)
+            QVERIFY(performBench(equipment.system, benchArm(Fault())).ok);
+        const BenchReply reply = performBench(equipment.system, benchArm(Fault()));
+        QVERIFY(!reply.ok);
+        QCOMPARE(reply.text, QByteArray("100 faults are armed already; disarm takes them back"));
+        QCOMPARE(equipment.system.armedFaults().size(), 100);
+    }
+
     void whatCannotBeDoneIsExplained_data()
     {
         QTest::addColumn<QByteArray>("line");
