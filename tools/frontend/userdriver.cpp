@@ -24,7 +24,7 @@ namespace {
 
 constexpr int tickMs = 50;
 // Longer than the delays after which a module opens a window by itself.
-constexpr int ownWindowsMs = 1500;
+constexpr int ownWindowsMs = 900;
 // For that many visits the update dialog is only looked at: a warning may still come on top of it.
 constexpr int readingVisits = 6;
 

@@ -17,6 +17,11 @@ inline QStringList storyOf(const Narrator& narrator)
     return story;
 }
 
+/// The restart that outlasts a start, however slow the machine is.
+constexpr int endlessBootMs = 600'000;
+/// What is left of it for the next start: long enough to see it, and not to wait for it.
+constexpr int seenBootMs = 500;
+
 /// One start of the frontend with the built module, in fast mode.
 struct Start
 {

@@ -3,6 +3,7 @@
 #include <simulatorfixtures.h>
 
 #include <fixturefiles.h>
+#include <recordedsleep.h>
 #include <widgettestmain.h>
 
 #include <QDir>
@@ -10,10 +11,10 @@
 
 namespace {
 
-Scenario quickScenario(const QString& name)
+Scenario scenarioOf(const QString& name, int bootMs = endlessBootMs)
 {
     Scenario scenario = shippedScenario(name);
-    scenario.timing.bootMs = 5000; // long enough for the second start to see it, on any machine
+    scenario.timing.bootMs = bootMs;
     return scenario;
 }
 
@@ -57,14 +58,18 @@ private slots:
     void camerasAreToldOncePowerAndSearchAreDone();
     void everyEndIsTold_data();
     void everyEndIsTold();
+
+private:
+    // Simulated devices do not need the time that the module gives real ones.
+    const RecordedSleep m_sleep{[](int /*milliseconds*/) {
+    }};
 };
 
 void TestUpdateRoad::cascadeIsBroughtUpToDate()
 {
     const FixtureFolder folder;
-    const Scenario scenario = quickScenario("cascade");
     {
-        const Start first(scenario, folder);
+        const Start first(scenarioOf("cascade"), folder);
         QCOMPARE(storyOf(first.narrator),
                  (QStringList{"log: Frontend: Simulated system: A master and two slaves, all two "
                               "releases behind",
@@ -109,7 +114,7 @@ void TestUpdateRoad::cascadeIsBroughtUpToDate()
     }
     QVERIFY(preferences().contains("SHOW_AT_START=\"true\""));
 
-    const Start second(scenario, folder);
+    const Start second(scenarioOf("cascade", seenBootMs), folder);
     const QStringList story = storyOf(second.narrator);
     QCOMPARE(story.mid(0, 2),
              (QStringList{"log: Frontend: Simulated system: A master and two slaves, all two "
@@ -155,11 +160,12 @@ void TestUpdateRoad::cascadeIsBroughtUpToDate()
 void TestUpdateRoad::controllerThatComesBackOldIsTold()
 {
     const FixtureFolder folder;
-    Scenario scenario = quickScenario("single");
+    Scenario scenario = scenarioOf("single");
     Fault fault;
     fault.mode = FaultMode::ComeBackOld;
     scenario.faults = {fault};
     QCOMPARE(Start(scenario, folder).code, StartAgain);
+    scenario.timing.bootMs = seenBootMs;
     const QStringList logs = QDir(folder.path("state/runs")).entryList({"*.log"}, QDir::Files);
     QCOMPARE(logs.size(), 1);
 
@@ -182,7 +188,7 @@ void TestUpdateRoad::controllerThatComesBackOldIsTold()
 void TestUpdateRoad::camerasAreToldOncePowerAndSearchAreDone()
 {
     const FixtureFolder folder;
-    const Start start(quickScenario("cameras"), folder);
+    const Start start(scenarioOf("cameras"), folder);
     const QStringList story = storyOf(start.narrator);
     QCOMPARE(start.code, Success);
     const int waiting = story.indexOf("window: Results of the Update");
@@ -235,7 +241,7 @@ void TestUpdateRoad::everyEndIsTold()
     QFETCH(const QString, scenario);
     QFETCH(const QStringList, ending);
     const FixtureFolder folder;
-    const Start start(quickScenario(scenario), folder);
+    const Start start(scenarioOf(scenario), folder);
     const QStringList story = storyOf(start.narrator);
     QCOMPARE(story.mid(story.size() - ending.size()), ending);
     QTEST(int(start.code), "code");
