@@ -81,6 +81,7 @@ ExitCode runHeadless(Frontend& frontend, const Options& options, Narrator& narra
     Watchdog watchdog(PATIENCE, giveUp);
     UserDriver driver(frontend.window(), narrator, screenshots, watchdog, options.user);
     driver.setMoreToDo(moreIn(frontend));
+    driver.setSystemGone([&frontend] { return !frontend.system().isAtHand(); });
     frontend.run();
     if (frontend.replay())
         return judge(*frontend.replay(), narrator);

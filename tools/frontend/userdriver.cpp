@@ -27,6 +27,8 @@ constexpr int tickMs = 50;
 constexpr int ownWindowsMs = 900;
 // For that many visits the update dialog is only looked at: a warning may still come on top of it.
 constexpr int readingVisits = 6;
+// A system that another process simulates may be started again, but is not waited for any longer.
+constexpr int goneMs = 10000;
 
 const QLatin1String updateDialogName("ZanUpdateModule2GSettingsdlgClass");
 const QLatin1String resultDialogName("updateResultDialog");
@@ -390,6 +392,10 @@ void UserDriver::closeUnknown(QWidget& window, int /*visit*/)
 // Without a window in front the user looks at the frontend itself.
 void UserDriver::useMainWindow(QWidget& window, int /*visit*/)
 {
+    if (isGivenUp()) {
+        leave(window);
+        return;
+    }
     if (waitForControllers()) {
         m_idle.invalidate();
         return;
@@ -401,23 +407,41 @@ void UserDriver::useMainWindow(QWidget& window, int /*visit*/)
     if (m_idle.elapsed() < ownWindowsMs || powerCycleCameras() || searchForCameras() ||
         openUpdateDialog() || openNextEntry() || lookAgain())
         return;
+    leave(window);
+}
+
+void UserDriver::leave(QWidget& window)
+{
     present(window, QStringLiteral("frontend"));
     m_isLeaving = true;
     trigger(m_window.findChild<QAction*>("actionQuit"));
 }
 
+bool UserDriver::isGivenUp()
+{
+    if (!m_isSystemGone || !m_isSystemGone())
+        m_gone.invalidate();
+    else if (!m_gone.isValid())
+        m_gone.start();
+    return m_gone.isValid() && m_gone.hasExpired(goneMs);
+}
+
 bool UserDriver::waitForControllers()
 {
     const auto* page = m_window.findChild<QWidget*>("waitingPage");
-    if (!page->isVisible())
+    if (!page->isVisible()) {
+        m_hasGivenPower = false;
         return false;
+    }
     if (!m_hasPictureOfWaiting) {
         m_hasPictureOfWaiting = true;
         present(m_window, QStringLiteral("waiting"));
     }
     auto* power = page->findChild<QPushButton*>("pushButton_power");
-    if (power->isVisible())
+    if (power->isVisible() && !m_hasGivenPower) {
+        m_hasGivenPower = true;
         press(power);
+    }
     return true;
 }
 
@@ -461,6 +485,7 @@ bool UserDriver::powerCycleCameras()
         return false;
     m_window.findChild<QTableView*>("tableView_cameras")->selectAll();
     press(m_window.findChild<QPushButton*>("pushButton_powerCycleCameras"));
+    m_idle.restart(); // what comes of it is not seen at once if the system is in another process
     return true;
 }
 

@@ -36,6 +36,9 @@ public:
     /// there is something to do.
     void setMoreToDo(const std::function<bool()>& more) { m_moreToDo = more; }
 
+    /// Has the user leave when @p gone has said for a while that nobody simulates the system.
+    void setSystemGone(const std::function<bool()>& gone) { m_isSystemGone = gone; }
+
     /// The texts with which something was refused.
     const QStringList& refusals() const { return m_refusals; }
 
@@ -71,6 +74,8 @@ private:
     void closeUnknown(QWidget& window, int visit);
     void useMainWindow(QWidget& window, int visit);
 
+    void leave(QWidget& window);
+    bool isGivenUp();
     bool waitForControllers();
     bool openUpdateDialog();
     bool openNextEntry();
@@ -90,14 +95,17 @@ private:
     QSet<QWidget*> m_busy;
     QStringList m_refusals;
     QElapsedTimer m_idle;
+    QElapsedTimer m_gone;
 
     bool m_hasTriedUpdate = false;
     bool m_hasSeenUpdateDialog = false;
     bool m_hasPictureOfRun = false;
     bool m_hasPictureOfWaiting = false;
+    bool m_hasGivenPower = false; ///< since the controllers were lost
     bool m_hasPictureOfSearch = false;
     bool m_isLeaving = false;
     std::function<bool()> m_moreToDo;
+    std::function<bool()> m_isSystemGone;
     QString m_runState;
     QString m_runTold;
 };

@@ -1,85 +1,11 @@
-#include <simulatorfixtures.h>
+#include "simulatedprogram.h"
 
-#include <endpoint.h>
+#include <simulatorfixtures.h>
 
 #include <testmain.h>
 
 #include <QFile>
-#include <QProcess>
-#include <QTcpSocket>
 #include <QTemporaryDir>
-
-namespace {
-
-constexpr int longWaitMs = 20000;
-
-/// The program, as it was started.
-class Program
-{
-public:
-    explicit Program(const QStringList& arguments)
-    {
-        m_process.start(QStringLiteral(SIMULATED_SYSTEM), arguments);
-    }
-
-    ~Program()
-    {
-        m_process.kill();
-        m_process.waitForFinished(longWaitMs);
-    }
-
-    /// The first line of its output, without the line end.
-    QByteArray firstLine()
-    {
-        while (!m_process.canReadLine() && m_process.waitForReadyRead(longWaitMs)) {
-        }
-        return m_process.readLine().trimmed();
-    }
-
-    /// Where it says that it listens.
-    std::optional<Endpoint> endpoint()
-    {
-        const QByteArray words = "Listening on ";
-        const QByteArray line = firstLine();
-        return line.startsWith(words) ? Endpoint::read(QString::fromLatin1(line.mid(words.size())))
-                                      : std::nullopt;
-    }
-
-    /// Waits for its end. @return exit code, output and error output
-    QStringList result()
-    {
-        m_process.waitForFinished(longWaitMs);
-        return {QString::number(m_process.exitCode()),
-                QString::fromLocal8Bit(m_process.readAllStandardOutput()),
-                QString::fromLocal8Bit(m_process.readAllStandardError())};
-    }
-
-    bool runs() const { return m_process.state() == QProcess::Running; }
-    QByteArray errorOutput() { return m_process.readAllStandardError(); }
-    void kill()
-    {
-        m_process.kill();
-        m_process.waitForFinished(longWaitMs);
-    }
-
-private:
-    QProcess m_process;
-};
-
-// The reply to one line, over a connection of its own.
-QByteArray ask(const Endpoint& endpoint, const QByteArray& line)
-{
-    QTcpSocket socket;
-    socket.connectToHost(endpoint.address, endpoint.port);
-    if (!socket.waitForConnected(longWaitMs))
-        return socket.errorString().toLocal8Bit();
-    socket.write(line + '\n');
-    while (!socket.canReadLine() && socket.waitForReadyRead(longWaitMs)) {
-    }
-    return socket.readLine().trimmed();
-}
-
-} // namespace
 
 class TestSimulatedProgram : public QObject
 {
@@ -88,7 +14,7 @@ class TestSimulatedProgram : public QObject
 private slots:
     void programIsSpokenToWhereItSays()
     {
-        Program program({"--scenario", "single"});
+        SimulatedProgram program({"--scenario", "single"});
         const std::optional<Endpoint> endpoint = program.endpoint();
         QVERIFY(endpoint);
         QVERIFY(endpoint->port > 0);
@@ -103,8 +29,8 @@ private slots:
     // of them is served.
     void nobodyElseIsListenedToUnlessToldSo()
     {
-        Program closed({});
-        Program open({"--listen", "0.0.0.0:0"});
+        SimulatedProgram closed({});
+        SimulatedProgram open({"--listen", "0.0.0.0:0"});
         std::optional<Endpoint> atClosed = closed.endpoint();
         std::optional<Endpoint> atOpen = open.endpoint();
         QVERIFY(atClosed && atOpen);
@@ -118,10 +44,10 @@ private slots:
 
     void portInUseIsExplained()
     {
-        Program first({});
+        SimulatedProgram first({});
         const std::optional<Endpoint> endpoint = first.endpoint();
         QVERIFY(endpoint);
-        Program second({"--listen", endpoint->text()});
+        SimulatedProgram second({"--listen", endpoint->text()});
         QCOMPARE(second.result(), (QStringList{"1", "",
                                                "simulated-system: " + endpoint->text() +
                                                    ": The bound address is already in use\n"}));
@@ -133,7 +59,7 @@ private slots:
         const QStringList arguments = {"--scenario", "single", "--fast", "--state",
                                        folder.filePath("state/system.json")};
         const QList<QByteArray> records = recordTexts(trackingSoftware({9, 9, 9}));
-        Program before(arguments);
+        SimulatedProgram before(arguments);
         std::optional<Endpoint> endpoint = before.endpoint();
         QVERIFY(endpoint);
         QVERIFY(!ask(*endpoint, "get system version").contains("9.9.9"));
@@ -144,14 +70,14 @@ private slots:
         QCOMPARE(ask(*endpoint, "vornix2 system reboot"), QByteArray("ok vornix2 ok"));
         before.kill();
 
-        Program after(arguments);
+        SimulatedProgram after(arguments);
         endpoint = after.endpoint();
         QVERIFY(endpoint);
-        QTRY_COMPARE_WITH_TIMEOUT(ask(*endpoint, "bench power"), QByteArray("ok on"), longWaitMs);
+        QTRY_COMPARE_WITH_TIMEOUT(ask(*endpoint, "bench power"), QByteArray("ok on"), processWaitMs);
         QVERIFY(ask(*endpoint, "get system version").startsWith("ok v9.9.9 "));
         after.kill();
 
-        Program anew(arguments + QStringList{"--fresh"});
+        SimulatedProgram anew(arguments + QStringList{"--fresh"});
         endpoint = anew.endpoint();
         QVERIFY(endpoint);
         QVERIFY(!ask(*endpoint, "get system version").contains("9.9.9"));
@@ -164,7 +90,7 @@ private slots:
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write("{");
         file.close();
-        Program program({"--scenario", "single", "--state", file.fileName()});
+        SimulatedProgram program({"--scenario", "single", "--state", file.fileName()});
         const std::optional<Endpoint> endpoint = program.endpoint();
         QVERIFY(endpoint);
         const QString start = "simulated-system: The state was set aside: " + file.fileName();
@@ -175,14 +101,14 @@ private slots:
 
     void whatIsOnlyToldIsTold()
     {
-        const QStringList help = Program({"--help"}).result();
+        const QStringList help = SimulatedProgram({"--help"}).result();
         QCOMPARE(help.at(0), QString("0"));
         QVERIFY(help.at(1).startsWith("Usage: "));
         QVERIFY(help.at(1).contains("--listen <ADDRESS:PORT>"));
         QVERIFY(help.at(2).isEmpty());
-        const QStringList version = Program({"--version"}).result();
+        const QStringList version = SimulatedProgram({"--version"}).result();
         QCOMPARE(version, (QStringList{"0", "simulated-system 2.0.0\n", ""}));
-        const QStringList list = Program({"--list"}).result();
+        const QStringList list = SimulatedProgram({"--list"}).result();
         QCOMPARE(list.at(0), QString("0"));
         QString error;
         QCOMPARE(list.at(1), *ScenarioReader::listShipped(&error));
@@ -211,12 +137,12 @@ private slots:
     void wrongStartIsExplained()
     {
         QFETCH(const QStringList, arguments);
-        QTEST(Program(arguments).result(), "result");
+        QTEST(SimulatedProgram(arguments).result(), "result");
     }
 
     void scenarioThatCannotBeReadIsExplained()
     {
-        const QStringList result = Program({"--scenario", "/nowhere/x.json"}).result();
+        const QStringList result = SimulatedProgram({"--scenario", "/nowhere/x.json"}).result();
         QCOMPARE(result.at(0), QString("1"));
         QVERIFY(result.at(1).isEmpty());
         QVERIFY2(result.at(2).startsWith("simulated-system: /nowhere/x.json: "),

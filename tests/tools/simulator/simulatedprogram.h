@@ -1,0 +1,92 @@
+#pragma once
+
+#include <endpoint.h>
+
+#include <QProcess>
+#include <QTcpSocket>
+
+#include <csignal>
+#include <optional>
+
+#include <sys/prctl.h>
+
+/// @file
+/// The programs as they are built, in processes of their own. Who includes this defines
+/// SIMULATED_SYSTEM, the path of that program.
+
+/// For everything that another process does, on any machine.
+constexpr int processWaitMs = 20000;
+
+/// A process that does not outlive its test, however that ends.
+class ChildProcess : public QProcess
+{
+public:
+    using QProcess::QProcess;
+
+    ~ChildProcess() override { end(); }
+
+    void end()
+    {
+        kill();
+        waitForFinished(processWaitMs);
+    }
+
+protected:
+    void setupChildProcess() override { ::prctl(PR_SET_PDEATHSIG, SIGKILL); }
+};
+
+/// `simulated-system`, as it was started.
+class SimulatedProgram
+{
+public:
+    explicit SimulatedProgram(const QStringList& arguments)
+    {
+        m_process.start(QStringLiteral(SIMULATED_SYSTEM), arguments);
+    }
+
+    /// The first line of its output, without the line end.
+    QByteArray firstLine()
+    {
+        while (!m_process.canReadLine() && m_process.waitForReadyRead(processWaitMs)) {
+        }
+        return m_process.readLine().trimmed();
+    }
+
+    /// Where it says that it listens.
+    std::optional<Endpoint> endpoint()
+    {
+        const QByteArray words = "Listening on ";
+        const QByteArray line = firstLine();
+        return line.startsWith(words) ? Endpoint::read(QString::fromLatin1(line.mid(words.size())))
+                                      : std::nullopt;
+    }
+
+    /// Waits for its end. @return exit code, output and error output
+    QStringList result()
+    {
+        m_process.waitForFinished(processWaitMs);
+        return {QString::number(m_process.exitCode()),
+                QString::fromLocal8Bit(m_process.readAllStandardOutput()),
+                QString::fromLocal8Bit(m_process.readAllStandardError())};
+    }
+
+    bool runs() const { return m_process.state() == QProcess::Running; }
+    QByteArray errorOutput() { return m_process.readAllStandardError(); }
+    void kill() { m_process.end(); }
+
+private:
+    ChildProcess m_process;
+};
+
+/// The reply to one line, over a connection of its own.
+inline QByteArray ask(const Endpoint& endpoint, const QByteArray& line)
+{
+    QTcpSocket socket;
+    socket.connectToHost(endpoint.address, endpoint.port);
+    if (!socket.waitForConnected(processWaitMs))
+        return socket.errorString().toLocal8Bit();
+    socket.write(line + '\n');
+    while (!socket.canReadLine() && socket.waitForReadyRead(processWaitMs)) {
+    }
+    return socket.readLine().trimmed();
+}
