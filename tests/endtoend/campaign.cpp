@@ -4,7 +4,7 @@
 
 namespace {
 
-constexpr int mostAtOnce = 4;
+constexpr int mostAtOnce = 8;
 constexpr int mostStarts = 5;
 
 } // namespace
