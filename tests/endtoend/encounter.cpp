@@ -3,12 +3,10 @@
 #include <imagefixtures.h>
 #include <payload.h>
 #include <transcript.h>
-#include <wirelanguage.h>
 
-#include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QRegularExpression>
-
-#include <algorithm>
 
 namespace {
 
@@ -212,9 +210,11 @@ void Encounter::takeStart()
         start.code = m_process.exitCode();
     start.told = toldIn(m_process.readAllStandardOutput());
     start.errors = QString::fromLocal8Bit(m_process.readAllStandardError());
-    const std::optional<Transcript> transcript = Transcript::read(recordFile(), &start.trouble);
-    if (transcript)
+    QString error;
+    if (const std::optional<Transcript> transcript = Transcript::read(recordFile(), &error))
         start.sent = recordsIn(*transcript);
+    else
+        start.trouble += error;
     m_starts += start;
     m_systemErrors += QString::fromLocal8Bit(m_system->errorOutput());
     emit ended();

@@ -5,7 +5,6 @@
 #include <benchlanguage.h>
 #include <fixturefiles.h>
 
-#include <QMetaType>
 #include <QObject>
 #include <QVector>
 

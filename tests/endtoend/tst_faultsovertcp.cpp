@@ -305,10 +305,12 @@ private slots:
     void faultIsToldAndMended();
     void seedTellsTheRecord();
     void systemThatIsKilledIsGone();
+    void systemThatIsKilledInARestartGoesOnWithIt();
     void cleanup();
 
 private:
     const Encounter* lookAt(const QString& name);
+    void startUntilDone();
     void checkStart(const FrontendStart& start);
     void checkEnd(const FrontendStart& start);
     void check(const Encounter& encounter, const Expectation& expected);
@@ -441,13 +443,33 @@ void TestFaultsOverTcp::systemThatIsKilledIsGone()
                                      "its versions."));
 
     QVERIFY(encounter.startSystem({"--fast"}));
-    for (int count = 2; encounter.starts().last().code != Success && count <= 4; ++count) {
-        encounter.startFrontend();
-        QTRY_COMPARE_WITH_TIMEOUT(encounter.starts().size(), count, longWaitMs);
-        checkStart(encounter.starts().last());
-    }
+    startUntilDone();
     QCOMPARE(codesOf(encounter), (QVector<int>{SystemGone, StartAgain, Success}));
-    checkEnd(encounter.starts().last());
+}
+
+void TestFaultsOverTcp::systemThatIsKilledInARestartGoesOnWithIt()
+{
+    Encounter& encounter = m_killed.emplace(m_frontend.program(), controllers);
+    QVERIFY(encounter.startSystem({"--fast"}));
+    encounter.startFrontend();
+    QTRY_COMPARE_WITH_TIMEOUT(encounter.starts().size(), 1, longWaitMs);
+    encounter.killSystem();
+    QVERIFY(encounter.startSystem({"--fast"}));
+    startUntilDone();
+    QCOMPARE(codesOf(encounter), (QVector<int>{StartAgain, Success}));
+    QCOMPARE(encounter.starts().last().results(), controllersDone);
+}
+
+void TestFaultsOverTcp::startUntilDone()
+{
+    const QVector<FrontendStart>& starts = m_killed->starts();
+    while (starts.last().code != Success && starts.size() < 4) {
+        const int count = starts.size() + 1;
+        m_killed->startFrontend();
+        QTRY_COMPARE_WITH_TIMEOUT(starts.size(), count, longWaitMs);
+        checkStart(starts.last());
+    }
+    checkEnd(starts.last());
 }
 
 // What was told is needed to understand a failure.
