@@ -17,6 +17,8 @@ constexpr int minShownRows = 3;
 constexpr int maxShownRows = 8;
 constexpr int columnGap = 12;
 constexpr int rowGap = 4;
+// No block of full records has more.
+const QLatin1String longestRecords("750,000 of 750,000");
 
 /// Leaves room between the columns, and shows the fraction behind progressRole as a bar.
 class DeviceDelegate : public QStyledItemDelegate
@@ -87,11 +89,12 @@ QTableView* makeDeviceView(QAbstractTableModel* model, const QString& name)
     QHeaderView* header = view->horizontalHeader();
     header->setHighlightSections(false);
     header->setSectionResizeMode(QHeaderView::ResizeToContents);
+    // The one that takes what the others leave still shows its title.
     header->setSectionResizeMode(header->count() - 2, QHeaderView::Stretch);
+    header->setMinimumSectionSize(header->sectionSizeHint(header->count() - 2));
     header->setSectionResizeMode(header->count() - 1, QHeaderView::Fixed);
-    header->resizeSection(header->count() - 1, view->fontMetrics().horizontalAdvance(
-                                                   QStringLiteral("1,000,000 of 1,000,000")) +
-                                                   2 * columnGap);
+    header->resizeSection(header->count() - 1,
+                          view->fontMetrics().horizontalAdvance(longestRecords) + 2 * columnGap);
     return view;
 }
 

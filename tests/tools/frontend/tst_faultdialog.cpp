@@ -3,6 +3,7 @@
 #include <faultdialog.h>
 #include <systemview.h>
 
+#include <cuttexts.h>
 #include <widgettestmain.h>
 
 #include <QCheckBox>
@@ -163,6 +164,21 @@ private slots:
         QVERIFY(!dialog->isModal());
         button->click();
         QCOMPARE(view.findChildren<FaultDialog*>().size(), 1);
+    }
+
+    // Run at 100 %, 125 % and 150 %, of the scale and of the fonts.
+    void nothingIsCutOff()
+    {
+        Dialog dialog;
+        dialog.arm().click();
+        dialog.mode().setCurrentIndex(int(FaultMode::NeverComeBack));
+        dialog.dialog.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&dialog.dialog));
+        QCOMPARE(cutTexts(dialog.dialog), QStringList());
+        // What is armed while the window is open takes no room from the rest.
+        for (int i = 0; i < 4; ++i)
+            dialog.arm().click();
+        QTRY_COMPARE(cutTexts(dialog.dialog), QStringList());
     }
 };
 
