@@ -49,6 +49,8 @@ int SearchHardwareDlg::update_and_exec()
         ui.pushButton_cancel->hide();
         QTimer::singleShot(100, this, SLOT(on_pushButton_ok_clicked()));
     }
+    // Larger fonts than usual may need more room than the form demands.
+    resize(size().expandedTo(minimumSizeHint()));
     const int result = exec();
     // A quit of the application ends the loop before the timer; the reply still goes into m_res.
     if (m_isReplyDue)

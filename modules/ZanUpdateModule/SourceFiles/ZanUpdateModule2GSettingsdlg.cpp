@@ -93,6 +93,8 @@ int ZanUpdateModule2GSettingsdlg::update_and_exec()
     showMessageInDialog(QString(), 0);
     updateTablewidget();
     showWhatIsDue();
+    // Larger fonts than usual may need more room than the form demands.
+    resize(size().expandedTo(minimumSizeHint()));
     return exec();
 }
 

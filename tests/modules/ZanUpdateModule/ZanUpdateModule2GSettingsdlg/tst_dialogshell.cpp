@@ -4,6 +4,7 @@
 #include "fixtureimages.h"
 
 #include <comparing.h>
+#include <cuttexts.h>
 #include <markingtranslator.h>
 #include <widgettestmain.h>
 #include <zanupdatemessagereceiver.h>
@@ -13,6 +14,8 @@
 #include <QMetaMethod>
 #include <QTextBlock>
 #include <QTextDocument>
+
+#include <algorithm>
 
 ZAN_EXPOSE(showWhatIsDue, &UpdateDialog::showWhatIsDue);
 ZAN_EXPOSE(frontendVersion, &NewFeatureDialog::vornix2);
@@ -40,6 +43,8 @@ private slots:
 
     void opensOnTheInventory_data();
     void opensOnTheInventory();
+    void nothingIsCutOff_data() { LargerFont::addRows(); }
+    void nothingIsCutOff();
     void cameraTextWinsOverTheControllers();
     void opensWithABlankProgressArea();
     void opensOnWhatTheControllersSayNow();
@@ -385,6 +390,26 @@ void DialogShell::opensOnTheInventory()
         QTEST(fixture.updateButton()->isEnabled(), "isUpdateEnabled");
         QVERIFY(fixture.exitButton()->isEnabled());
     });
+}
+
+void DialogShell::nothingIsCutOff()
+{
+    QFETCH(const double, factor);
+    const LargerFont font(factor);
+    for (const Found found : {Found::Nothing, Found::Controller, Found::Camera}) {
+        DialogFixture fixture;
+        arrange(&fixture, found);
+        open(&fixture, [factor](QDialog& dialog) {
+            QStringList cut = cutTexts(dialog);
+            // The columns have set shares of the table, whatever their titles.
+            cut.erase(std::remove_if(cut.begin(), cut.end(),
+                                     [](const QString& it) { return it.startsWith("Section"); }),
+                      cut.end());
+            QCOMPARE(cut, QStringList());
+            if (factor == 1)
+                QCOMPARE(dialog.size(), QSize(900, 600));
+        });
+    }
 }
 
 // The inventory never offers both at once; the window is ready for it.

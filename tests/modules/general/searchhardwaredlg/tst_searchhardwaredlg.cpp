@@ -1,5 +1,6 @@
 #include <searchhardwaredlg.h>
 
+#include <cuttexts.h>
 #include <modaldriver.h>
 #include <privateaccess.h>
 #include <scriptedchannel.h>
@@ -35,6 +36,8 @@ private slots:
     void showsThePictureOfThePalette_data();
     void showsThePictureOfThePalette();
     void showsNoPictureThatTheHostDoesNotHave();
+    void nothingIsCutOff_data() { LargerFont::addRows(); }
+    void nothingIsCutOff();
 
     void allowsTimeByTheSystem_data();
     void allowsTimeByTheSystem();
@@ -92,6 +95,25 @@ void TestSearchHardwareDlg::cleanup()
 }
 
 // ---- The form
+
+void TestSearchHardwareDlg::nothingIsCutOff()
+{
+    QFETCH(const double, factor);
+    const LargerFont font(factor);
+    ScriptedChannel channel;
+    SearchHardwareDlg dialog(nullptr, &channel, BY_USER);
+    ModalDriver driver;
+    QStringList cut;
+    driver.expectDialog(NAME, [&cut](QDialog& shown) {
+        cut = cutTexts(shown);
+        shown.reject();
+    });
+    dialog.update_and_exec();
+    QVERIFY2(driver.isDone(), qPrintable(driver.missing()));
+    QCOMPARE(cut, QStringList());
+    if (factor == 1)
+        QCOMPARE(dialog.size(), QSize(400, 160));
+}
 
 void TestSearchHardwareDlg::hasItsForm()
 {
