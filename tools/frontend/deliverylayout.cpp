@@ -11,6 +11,7 @@
 namespace {
 
 const QLatin1String modulesFolder("modules");
+const QLatin1String updatesFolder("controller_update");
 
 /// One of the two folders that a module looks into, and what a scenario wants of it.
 struct Selection
@@ -83,6 +84,11 @@ bool layOutProgram(const QString& programFile, const QString& copy, QString* err
 
 } // namespace
 
+QString updateFolder(const QString& programDir)
+{
+    return programDir + QLatin1Char('/') + updatesFolder;
+}
+
 bool wantsOwnDelivery(const Scenario& scenario)
 {
     return scenario.updateFiles || scenario.notes;
@@ -91,8 +97,7 @@ bool wantsOwnDelivery(const Scenario& scenario)
 bool layOutFiles(const Scenario& scenario, const QString& delivered, const QString& target,
                  QString* error)
 {
-    const Selection updates = {QStringLiteral("updateFiles"), QStringLiteral("controller_update"),
-                               scenario.updateFiles};
+    const Selection updates = {QStringLiteral("updateFiles"), updatesFolder, scenario.updateFiles};
     const Selection notes = {QStringLiteral("notes"), QStringLiteral("whats_new"), scenario.notes};
     return layOut(updates, delivered, target, error) && layOut(notes, delivered, target, error);
 }

@@ -8,6 +8,9 @@ struct Scenario;
 /// A module looks for update files and notes beside the program. Where a scenario wants only some
 /// of those that are delivered, the frontend runs from a folder of its own that has just these.
 
+/// The folder below that of the program in which its module looks for update files.
+QString updateFolder(const QString& programDir);
+
 /// Whether @p scenario wants a selection of the delivered files.
 bool wantsOwnDelivery(const Scenario& scenario);
 

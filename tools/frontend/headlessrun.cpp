@@ -1,6 +1,7 @@
 #include "headlessrun.h"
 
 #include "deliveredversions.h"
+#include "deliverylayout.h"
 #include "frontend.h"
 #include "narrator.h"
 #include "screenshots.h"
@@ -42,8 +43,7 @@ static ExitCode judge(const TestBench& system, const QStringList& refusals, Narr
         tell(QStringLiteral("The controllers restart. Start again to see what became of it."));
         return StartAgain;
     }
-    const QString updateFiles =
-        QCoreApplication::applicationDirPath() + QLatin1String("/controller_update");
+    const QString updateFiles = updateFolder(QCoreApplication::applicationDirPath());
     const QStringList missing = DeliveredVersions::read(updateFiles).missingIn(system);
     for (const QString& device : missing)
         tell(device);

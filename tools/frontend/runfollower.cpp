@@ -1,5 +1,6 @@
 #include "runfollower.h"
 
+#include "deliverylayout.h"
 #include "updateplan.h"
 
 #include <QCoreApplication>
@@ -18,11 +19,6 @@ const QAbstractItemModel* updateTable(const QList<QPointer<QWidget>>& windows)
         }
     }
     return nullptr;
-}
-
-QString updateFolder()
-{
-    return QCoreApplication::applicationDirPath() + QLatin1String("/controller_update");
 }
 
 } // namespace
@@ -76,8 +72,9 @@ void RunFollower::beginRun()
     PlannedRun run;
     run.started = QDateTime::currentDateTime();
     run.system = connectedSystem();
-    run.updates =
-        plannedUpdates(*table, m_witness.lastAnswers(), ReleaseCatalogue::read(updateFolder()));
+    run.updates = plannedUpdates(
+        *table, m_witness.lastAnswers(),
+        ReleaseCatalogue::read(updateFolder(QCoreApplication::applicationDirPath())));
     m_run = run;
     note(tr("The run began."));
     save();

@@ -57,6 +57,13 @@ std::optional<Target> targetOf(const QString& type)
     return std::nullopt;
 }
 
+/// A row, or what comes along with it.
+struct Step
+{
+    PlannedUpdate update;
+    bool isPossible = true;
+};
+
 /// Goes through the rows in the order in which the run takes them.
 class Planner
 {
@@ -67,16 +74,16 @@ public:
     }
 
     void takeRow(const QAbstractItemModel& table, int row);
-    const QVector<PlannedUpdate>& updates() const { return m_updates; }
+    QVector<PlannedUpdate> updates() const;
 
 private:
-    void addTrackingSoftware(PlannedUpdate step);
-    void add(const PlannedUpdate& step);
-    QString reportedBy(const PlannedUpdate& step) const;
+    void addTrackingSoftware(Step step);
+    void add(const Step& step);
+    QString reportedBy(const PlannedUpdate& update) const;
 
     const SystemReport& m_before;
     const ReleaseCatalogue& m_releases;
-    QVector<PlannedUpdate> m_updates;
+    QVector<Step> m_chains;
     QHash<QString, VersionInfo> m_ct; // by host name, as far as the run has come
 };
 
@@ -88,75 +95,87 @@ void Planner::takeRow(const QAbstractItemModel& table, int row)
     const std::optional<Target> target = targetOf(text(TypeColumn));
     if (!target)
         return;
-    PlannedUpdate step;
-    step.device = target->device;
-    step.part = target->part;
-    step.from = text(FromColumn);
-    step.planned = text(ToColumn);
+    Step step;
+    step.isPossible = text(PossibleColumn) == QLatin1String("yes");
+    PlannedUpdate& update = step.update;
+    update.device = target->device;
+    update.part = target->part;
+    update.from = text(FromColumn);
+    update.planned = text(ToColumn);
     const bool isTicked =
         table.index(row, UpdateColumn).data(Qt::CheckStateRole).toInt() == Qt::Checked;
-    const bool isPossible = text(PossibleColumn) == QLatin1String("yes");
-    if (!isPossible || !isTicked) {
-        step.outcome = Outcome::Skipped;
-        step.remark = isPossible ? tr("It was not ticked.")
-                                 : tr("It was not possible from the version that ran.");
+    if (!step.isPossible || !isTicked) {
+        update.outcome = Outcome::Skipped;
+        update.remark = step.isPossible ? tr("It was not ticked.")
+                                        : tr("It was not possible from the version that ran.");
     } else {
-        step.remark = tr("It has not been asked yet.");
+        update.remark = tr("It has not been asked yet.");
     }
-    const bool bringsMore = step.part == Part::TrackingSoftware && step.outcome != Outcome::Skipped;
+    const bool bringsMore =
+        update.part == Part::TrackingSoftware && update.outcome != Outcome::Skipped;
     if (bringsMore)
         addTrackingSoftware(step);
     else
         add(step);
 }
 
-void Planner::addTrackingSoftware(PlannedUpdate step)
+QVector<PlannedUpdate> Planner::updates() const
 {
-    const SystemReport::Controller* controller = m_before.controller(step.device);
+    QVector<PlannedUpdate> updates;
+    for (const Step& chain : m_chains)
+        updates += chain.update;
+    return updates;
+}
+
+void Planner::addTrackingSoftware(Step step)
+{
+    PlannedUpdate& update = step.update;
+    const SystemReport::Controller* controller = m_before.controller(update.device);
     const std::optional<Release> release =
-        m_releases.find(reportedVersion(step.planned), controller ? controller->model : 0);
+        m_releases.find(reportedVersion(update.planned), controller ? controller->model : 0);
     if (release && release->appendix) {
-        step.planned += *release->appendix;
-        step.isExact = true;
+        update.planned += *release->appendix;
+        update.isExact = true;
     }
     add(step);
     if (!release || !controller || controller->ct.isEmpty())
         return;
-    const VersionInfo ct = m_ct.value(step.device, reportedVersion(controller->ct));
+    const VersionInfo ct = m_ct.value(update.device, reportedVersion(controller->ct));
     const VersionInfo newCt = release->ctAfter(ct);
     if (newCt == ct)
         return;
-    step.part = Part::ControllerFirmware;
-    step.from = ct.toString();
-    step.planned = newCt.toString();
-    step.isExact = false;
+    update.part = Part::ControllerFirmware;
+    update.from = ct.toString();
+    update.planned = newCt.toString();
+    update.isExact = false;
     add(step);
 }
 
-void Planner::add(const PlannedUpdate& step)
+void Planner::add(const Step& step)
 {
-    if (step.part == Part::ControllerFirmware && step.outcome != Outcome::Skipped)
-        m_ct.insert(step.device, reportedVersion(step.planned));
-    const auto chain =
-        std::find_if(m_updates.begin(), m_updates.end(), [&](const PlannedUpdate& it) {
-            return it.device == step.device && it.part == step.part && it.remark == step.remark;
-        });
-    if (chain != m_updates.end()) {
-        chain->planned = step.planned;
-        chain->isExact = step.isExact;
+    const PlannedUpdate& update = step.update;
+    if (update.part == Part::ControllerFirmware && update.outcome != Outcome::Skipped)
+        m_ct.insert(update.device, reportedVersion(update.planned));
+    const auto chain = std::find_if(m_chains.begin(), m_chains.end(), [&](const Step& it) {
+        return it.update.device == update.device && it.update.part == update.part &&
+               it.update.outcome == update.outcome && it.isPossible == step.isPossible;
+    });
+    if (chain != m_chains.end()) {
+        chain->update.planned = update.planned;
+        chain->update.isExact = update.isExact;
         return;
     }
-    m_updates += step;
-    m_updates.last().from = reportedBy(step);
+    m_chains += step;
+    m_chains.last().update.from = reportedBy(update);
 }
 
 // In the words of the device, if it is the version that the table shows.
-QString Planner::reportedBy(const PlannedUpdate& step) const
+QString Planner::reportedBy(const PlannedUpdate& update) const
 {
-    const QStringList versions = m_before.versions(step.part, step.device);
+    const QStringList versions = m_before.versions(update.part, update.device);
     const bool isThatVersion =
-        versions.size() == 1 && reportedVersion(versions.constFirst()).toString() == step.from;
-    return isThatVersion ? versions.constFirst() : step.from;
+        versions.size() == 1 && reportedVersion(versions.constFirst()).toString() == update.from;
+    return isThatVersion ? versions.constFirst() : update.from;
 }
 
 } // namespace

@@ -1,7 +1,5 @@
 #include "simulatedsystem.h"
 
-#include "reportedversion.h"
-
 #include <wholefile.h>
 
 #include <QAbstractEventDispatcher>
@@ -16,15 +14,6 @@
 namespace {
 
 constexpr qint64 maxStateBytes = Q_INT64_C(1) << 20;
-
-bool isAtNewest(const ControllerState& controller, VersionInfo pt, VersionInfo ct,
-                const QString& appendix)
-{
-    const VersionInfo running = reportedVersion(controller.pt);
-    if (running < pt || reportedVersion(controller.ct) < ct)
-        return false;
-    return running != pt || reportedAppendix(controller.pt) == appendix;
-}
 
 } // namespace
 
@@ -56,14 +45,6 @@ qint64 SimulatedSystem::msUntilReachable() const
         break;
     }
     return -1;
-}
-
-bool SimulatedSystem::allAtNewest(VersionInfo pt, VersionInfo ct, const QString& appendix) const
-{
-    return std::all_of(m_controllers.begin(), m_controllers.end(),
-                       [&](const ControllerState& controller) {
-                           return !controller.available || isAtNewest(controller, pt, ct, appendix);
-                       });
 }
 
 bool SimulatedSystem::loadState(const QString& path, QString* error)

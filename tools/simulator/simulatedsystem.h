@@ -37,11 +37,6 @@ public:
     void armFault(const Fault& fault) override;
     void disarmFaults() override;
 
-    /// Whether each controller that is available runs at least @p pt and @p ct. One that runs
-    /// exactly @p pt must carry @p appendix as well, so that a pre-release is not taken for the
-    /// release.
-    bool allAtNewest(VersionInfo pt, VersionInfo ct, const QString& appendix = QString()) const;
-
     /// Takes over what an earlier process left in the file @p path, and keeps the state there from
     /// now on. A file that does not exist yet is no failure.
     ///

@@ -1,5 +1,9 @@
 #include "simulatorfixtures.h"
 
+#include "reportedversion.h"
+
+#include <algorithm>
+
 namespace {
 
 constexpr int bodySize = 24 * 120 - payloadOverhead;
@@ -110,6 +114,15 @@ Reply Equipment::sendRecords(Operation operation, const QByteArray& words,
             break;
     }
     return reply;
+}
+
+bool allRun(const SimulatedSystem& system, VersionInfo pt, VersionInfo ct)
+{
+    const QVector<ControllerState>& controllers = system.controllers();
+    return std::all_of(controllers.begin(), controllers.end(), [&](const ControllerState& it) {
+        return !it.available || (reportedVersion(it.pt) == pt &&
+                                 reportedAppendix(it.pt).isEmpty() && reportedVersion(it.ct) == ct);
+    });
 }
 
 bool isTaken(const Reply& reply)

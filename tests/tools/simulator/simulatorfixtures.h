@@ -64,5 +64,9 @@ private:
     Reply sendRecords(Operation operation, const QByteArray& words, const QByteArray& payload);
 };
 
+/// Whether each controller that is available runs @p pt and @p ct, neither older nor newer, nor a
+/// pre-release of them.
+bool allRun(const SimulatedSystem& system, VersionInfo pt, VersionInfo ct);
+
 /// Whether a record, setting or command was taken.
 bool isTaken(const Reply& reply);

@@ -17,8 +17,6 @@ private slots:
     void powerCycleEndsWhatWasGoingOn();
     void showsWhatDevicesDo();
     void measuringIsSwitched();
-    void tellsWhetherAllIsAtTheNewest_data();
-    void tellsWhetherAllIsAtTheNewest();
     void powerCycleOfNoCameraDoesNothing();
 };
 
@@ -146,56 +144,6 @@ void SimulatedSystemTest::measuringIsSwitched()
     refusing.system.setMeasuring(false);
     refusing.system.setMeasuring(true);
     QVERIFY(!refusing.system.stopMeasurement());
-}
-
-void SimulatedSystemTest::tellsWhetherAllIsAtTheNewest_data()
-{
-    QTest::addColumn<QString>("pt");
-    QTest::addColumn<QString>("ct");
-    QTest::addColumn<QString>("appendix");
-    QTest::addColumn<bool>("available");
-    QTest::addColumn<bool>("atNewest");
-    QTest::newRow("both at it") << "v3.3.0 2025-09-30"
-                                << "v1.4"
-                                << "" << true << true;
-    QTest::newRow("both above it") << "v3.4.0-rc.1 2025-09-30"
-                                   << "v1.5"
-                                   << "" << true << true;
-    QTest::newRow("Pt below it") << "v3.2.9 2025-09-30"
-                                 << "v1.4"
-                                 << "" << true << false;
-    QTest::newRow("Ct below it") << "v3.3.0 2025-09-30"
-                                 << "v1.3"
-                                 << "" << true << false;
-    QTest::newRow("on its pre-release") << "v3.3.0-rc.1 2025-09-30"
-                                        << "v1.4"
-                                        << "" << true << false;
-    QTest::newRow("a pre-release is the newest") << "v3.3.0-rc.1 2025-09-30"
-                                                 << "v1.4"
-                                                 << "-rc.1" << true << true;
-    QTest::newRow("another pre-release is the newest") << "v3.3.0-rc.1 2025-09-30"
-                                                       << "v1.4"
-                                                       << "-rc.2" << true << false;
-    QTest::newRow("below it and not there") << "v3.1.0"
-                                            << "v1.2"
-                                            << "" << false << true;
-}
-
-void SimulatedSystemTest::tellsWhetherAllIsAtTheNewest()
-{
-    QFETCH(QString, pt);
-    QFETCH(QString, ct);
-    QFETCH(QString, appendix);
-    QFETCH(bool, available);
-    Scenario scenario = shippedScenario(QStringLiteral("up-to-date"));
-    for (ScenarioController& controller : scenario.controllers) {
-        if (!appendix.isEmpty())
-            controller.pt = QStringLiteral("v3.3.0%1 2025-09-30").arg(appendix);
-    }
-    scenario.controllers[1].pt = pt;
-    scenario.controllers[1].ct = ct;
-    scenario.controllers[1].available = available;
-    QTEST(SimulatedSystem(scenario).allAtNewest({3, 3, 0}, {1, 4}, appendix), "atNewest");
 }
 
 void SimulatedSystemTest::powerCycleOfNoCameraDoesNothing()

@@ -98,10 +98,10 @@ void UpdateReceptionTest::wholeRunBringsACascadeUpToDate()
         QVERIFY(equipment.send("system update", trackingSoftware({3, 3, 0})).ok);
         QVERIFY(equipment.send("system ctupdt", controllerFirmware({1, 4})).ok);
     }
-    QVERIFY(!equipment.system.allAtNewest({3, 3, 0}, {1, 4}));
+    QVERIFY(!allRun(equipment.system, {3, 3, 0}, {1, 4}));
     equipment.command("vornix2 system reboot");
     equipment.bringUp();
-    QVERIFY(equipment.system.allAtNewest({3, 3, 0}, {1, 4}));
+    QVERIFY(allRun(equipment.system, {3, 3, 0}, {1, 4}));
 }
 
 // Each row is what goes wrong with record 10 of the 24 of a block.
@@ -327,7 +327,7 @@ void UpdateReceptionTest::everyFaultOfARunCanBeRepeatedAway()
     Equipment equipment(QStringLiteral("single"));
     arm(&equipment, mode);
     int runs = 0;
-    while (!equipment.system.allAtNewest(pt32, {1, 2}) && runs < 2) {
+    while (!allRun(equipment.system, pt32, {1, 2}) && runs < 2) {
         equipment.send("system update", trackingSoftware(pt32));
         equipment.command("vornix2 system reboot");
         equipment.bringUp();
@@ -337,7 +337,7 @@ void UpdateReceptionTest::everyFaultOfARunCanBeRepeatedAway()
     // What the device received in full is not lost with its answer.
     const bool firstRunWorks = mode == FaultMode::AnswerLate || mode == FaultMode::NeverComeBack;
     QCOMPARE(runs, firstRunWorks ? 1 : 2);
-    QVERIFY(equipment.system.allAtNewest(pt32, {1, 2}));
+    QVERIFY(allRun(equipment.system, pt32, {1, 2}));
 }
 
 void UpdateReceptionTest::everyFaultOfACameraCanBeRepeatedAway_data()
