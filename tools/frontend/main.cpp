@@ -2,6 +2,7 @@
 #include "frontend.h"
 #include "headlessrun.h"
 #include "narrator.h"
+#include "onlooker.h"
 #include "options.h"
 #include "remoteaccess.h"
 #include "replayaccess.h"
@@ -17,6 +18,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <optional>
 #include <vector>
 
 #include <unistd.h>
@@ -152,6 +154,9 @@ int runFrontend(const Options& options)
     }
     if (options.headless)
         return runHeadless(frontend, options, narrator);
+    std::optional<Onlooker> onlooker;
+    if (options.narrate)
+        onlooker.emplace(frontend.window(), narrator);
     frontend.run();
     return Success;
 }

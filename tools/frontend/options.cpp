@@ -58,6 +58,8 @@ struct CommandLine
                             "partial (takes one update off), idle (takes all off) or curious "
                             "(opens the menu entries).",
                             "ATTITUDE", "willing"};
+    QCommandLineOption narrate{"narrate", "Prints what the user sees: windows with their texts and "
+                                          "places to click on, the focus, and the log."};
     QCommandLineOption screenshots{"screenshots",
                                    "With --headless: saves a picture of every "
                                    "window and message box.",
@@ -77,8 +79,8 @@ struct CommandLine
     CommandLine()
     {
         parser.setApplicationDescription(QString::fromLatin1(description));
-        parser.addOptions({help, list, scenario, connectTo, stateDir, fresh, fast, headless, record,
-                           replay, user, screenshots, observer, dark, plugin, version});
+        parser.addOptions({help, list, scenario, connectTo, stateDir, fresh, fast, headless, user,
+                           narrate, record, replay, screenshots, observer, dark, plugin, version});
     }
 };
 
@@ -140,6 +142,7 @@ Options optionsOf(const CommandLine& line, const QString& programDir)
     options.fresh = parser.isSet(line.fresh);
     options.fast = parser.isSet(line.fast);
     options.headless = parser.isSet(line.headless);
+    options.narrate = parser.isSet(line.narrate);
     options.observer = parser.isSet(line.observer);
     options.dark = parser.isSet(line.dark);
     options.user = attitudeNamed(parser.value(line.user)).value_or(Attitude::Willing);

@@ -33,6 +33,7 @@ struct Options
     bool fresh = false;
     bool fast = false;
     bool headless = false;
+    bool narrate = false; ///< what --headless tells anyway
     bool observer = false;
     bool dark = false;
 };

@@ -3,6 +3,7 @@
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QStyle>
 #include <QTableView>
 #include <QTextDocumentFragment>
 #include <QTextEdit>
@@ -75,6 +76,28 @@ static QStringList buttonTexts(const QWidget& window)
     return texts;
 }
 
+static QString placeText(const QString& name, const QWidget& widget, const QPoint& point)
+{
+    const QPoint onScreen = widget.mapToGlobal(point);
+    return QStringLiteral("%1 %2,%3").arg(name).arg(onScreen.x()).arg(onScreen.y());
+}
+
+static QStringList tickPlaces(const QTableView& view)
+{
+    const QStyle& style = *view.style();
+    const int margin = style.pixelMetric(QStyle::PM_FocusFrameHMargin) + 1;
+    const int middle = margin + style.pixelMetric(QStyle::PM_IndicatorWidth) / 2;
+    QStringList places;
+    for (int row = 0; row < view.model()->rowCount(); ++row) {
+        const QModelIndex cell = view.model()->index(row, 0);
+        const QRect rect = view.visualRect(cell);
+        if (cell.flags().testFlag(Qt::ItemIsUserCheckable))
+            places += placeText(QStringLiteral("row %1").arg(row + 1), *view.viewport(),
+                                {rect.left() + middle, rect.center().y()});
+    }
+    return places;
+}
+
 QStringList windowTexts(const QWidget& window)
 {
     QStringList lines;
@@ -95,4 +118,17 @@ QStringList windowTexts(const QWidget& window)
     lines += buttonTexts(window).join(QLatin1Char(' '));
     lines.removeAll(QString());
     return lines;
+}
+
+QStringList windowPlaces(const QWidget& window)
+{
+    QStringList places;
+    for (const QPushButton* button : visibleIn<QPushButton>(window)) {
+        if (button->isEnabled())
+            places += placeText(button->text().remove(QLatin1Char('&')), *button,
+                                button->rect().center());
+    }
+    for (const QTableView* view : visibleIn<QTableView>(window))
+        places += tickPlaces(*view);
+    return places;
 }

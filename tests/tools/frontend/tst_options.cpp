@@ -35,8 +35,8 @@ private slots:
         QCOMPARE(options.pluginFile, QString("/opt/build/demo/modules/libZanUpdateModule.so"));
         QVERIFY(options.screenshotDir.isEmpty());
         QVERIFY(options.recordFile.isEmpty() && options.replayFile.isEmpty());
-        QVERIFY(!options.fresh && !options.fast && !options.headless && !options.observer &&
-                !options.dark);
+        QVERIFY(!options.fresh && !options.fast && !options.headless && !options.narrate &&
+                !options.observer && !options.dark);
     }
 
     void everyOptionArrives()
@@ -44,16 +44,16 @@ private slots:
         Options options;
         QString error;
         QVERIFY(parse({"--scenario", "single", "--state-dir", "s", "--fresh", "--fast",
-                       "--headless", "--screenshots", "/p/q/..", "--record", "r/run.transcript",
-                       "--observer", "--dark", "--plugin", "x.so"},
+                       "--headless", "--narrate", "--screenshots", "/p/q/..", "--record",
+                       "r/run.transcript", "--observer", "--dark", "--plugin", "x.so"},
                       &options, &error));
         QCOMPARE(options.scenario, QString("single"));
         QCOMPARE(options.stateDir, here("s"));
         QCOMPARE(options.screenshotDir, QString("/p"));
         QCOMPARE(options.pluginFile, here("x.so"));
         QCOMPARE(options.recordFile, here("r/run.transcript"));
-        QVERIFY(options.fresh && options.fast && options.headless && options.observer &&
-                options.dark);
+        QVERIFY(options.fresh && options.fast && options.headless && options.narrate &&
+                options.observer && options.dark);
     }
 
     void scenarioWithDotsKeepsItsWholeNameInItsStateFolder()
@@ -170,10 +170,10 @@ private slots:
     {
         const QString help = helpText();
         for (const char* text :
-             {"--scenario",    "--list",     "--state-dir", "--fresh",  "--fast",   "--headless",
-              "--screenshots", "--observer", "--dark",      "--plugin", "--record", "--replay",
-              "--version",     "HOME",       "\n  0  ",     "\n  1  ",  "\n  2  ",  "\n  3  ",
-              "\n  4  ",       "\n  5  ",    "\n  6  "})
+             {"--scenario", "--list",        "--state-dir", "--fresh", "--fast",   "--headless",
+              "--narrate",  "--screenshots", "--observer",  "--dark",  "--plugin", "--record",
+              "--replay",   "--version",     "HOME",        "\n  0  ", "\n  1  ",  "\n  2  ",
+              "\n  3  ",    "\n  4  ",       "\n  5  ",     "\n  6  "})
             QVERIFY2(help.contains(text), text);
     }
 };
