@@ -26,6 +26,7 @@
 #include <QGridLayout>
 #include <QKeyEvent>
 #include <QScopedValueRollback>
+#include <QShortcut>
 #include <QSpacerItem>
 #include <QTextStream>
 #include <QThread>
@@ -313,6 +314,22 @@ void ZanUpdateModule2GSettingsdlg::setupTablewidget()
     ui.tableWidget->horizontalHeader()->setStretchLastSection(true);
     ui.tableWidget->setSelectionMode(QAbstractItemView::NoSelection);
     ui.tableWidget->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    makeTableUsableByKeyboard();
+}
+
+// By itself the table keeps the Tab key, and the space bar changes a tick that the run never sees.
+void ZanUpdateModule2GSettingsdlg::makeTableUsableByKeyboard()
+{
+    ui.tableWidget->setTabKeyNavigation(false);
+    auto* space = new QShortcut(Qt::Key_Space, ui.tableWidget);
+    space->setContext(Qt::WidgetShortcut);
+    connect(space, &QShortcut::activated, this, [this] {
+        QTableWidgetItem* box = ui.tableWidget->item(ui.tableWidget->currentRow(), 0);
+        if (!box || !box->flags().testFlag(Qt::ItemIsUserCheckable))
+            return;
+        box->setCheckState(box->checkState() == Qt::Checked ? Qt::Unchecked : Qt::Checked);
+        on_tableWidget_cellClicked(box->row(), 0);
+    });
 }
 
 void ZanUpdateModule2GSettingsdlg::updateTablewidget()

@@ -106,6 +106,7 @@ private:
 
     // Table of updates
     void setupTablewidget();
+    void makeTableUsableByKeyboard();
     void updateTablewidget();
     void fillTableRow(int row, const ZanDisplay& display);
     void setTableColumnWidth();

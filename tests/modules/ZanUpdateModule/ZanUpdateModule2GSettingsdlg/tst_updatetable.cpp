@@ -33,6 +33,9 @@ private slots:
     void clickChangesTheTick();
     void clickBesideTheBoxReadsTheTick();
     void clickOnAGreyBoxReadsTheTick();
+    void spaceBarDoesWhatAClickDoes();
+    void spaceBarLeavesGreyBoxesAlone();
+    void tabKeyLeavesTheTable();
     void clickInOtherColumnsDoesNothing_data();
     void clickInOtherColumnsDoesNothing();
     void selectionIsReadFromTheTable();
@@ -352,6 +355,32 @@ void UpdateTable::clickOnAGreyBoxReadsTheTick()
     QVERIFY(!fixture.updateButton()->isEnabled());
 }
 
+void UpdateTable::spaceBarLeavesGreyBoxesAlone()
+{
+    DialogFixture fixture;
+    addRows(&fixture, "m");
+    fixture.dialog.show();
+    fixture.dialog.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&fixture.dialog));
+    fixture.table()->setFocus();
+    fixture.table()->setCurrentCell(0, 0);
+    QTest::keyClick(fixture.table(), Qt::Key_Space);
+    QCOMPARE(fixture.table()->item(0, 0)->checkState(), Qt::Unchecked);
+    QVERIFY(!isSelected(&fixture, 0));
+}
+
+void UpdateTable::tabKeyLeavesTheTable()
+{
+    DialogFixture fixture;
+    addRows(&fixture, "M");
+    fixture.dialog.show();
+    fixture.dialog.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&fixture.dialog));
+    fixture.table()->setFocus();
+    QTest::keyClick(fixture.table(), Qt::Key_Tab);
+    QVERIFY(!fixture.table()->hasFocus());
+}
+
 void UpdateTable::clickInOtherColumnsDoesNothing_data()
 {
     QTest::addColumn<int>("column");
@@ -421,6 +450,28 @@ static ExpectedBox partialWarning()
                        "risk of creating an inconsistent system\nand the Cascaded System might "
                        "not work properly thereafter!");
     return box;
+}
+
+void UpdateTable::spaceBarDoesWhatAClickDoes()
+{
+    DialogFixture fixture;
+    addRows(&fixture, "MS");
+    fixture.dialog.show();
+    fixture.dialog.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&fixture.dialog));
+    fixture.table()->setFocus();
+    fixture.table()->setCurrentCell(1, 3);
+    ModalDriver driver;
+    driver.expect(partialWarning());
+    QTest::keyClick(fixture.table(), Qt::Key_Space);
+    QCOMPARE(fixture.table()->item(1, 0)->checkState(), Qt::Unchecked);
+    QVERIFY(isSelected(&fixture, 0));
+    QVERIFY(!isSelected(&fixture, 1));
+    fixture.dialog.activateWindow(); // the box took that
+    QVERIFY(QTest::qWaitForWindowActive(&fixture.dialog));
+    QTest::keyClick(fixture.table(), Qt::Key_Space);
+    QVERIFY(isSelected(&fixture, 1));
+    QVERIFY2(driver.isDone(), qPrintable(driver.missing()));
 }
 
 void UpdateTable::warnsOfAPartialCascade()
