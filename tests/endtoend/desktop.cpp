@@ -1,0 +1,77 @@
+#include "desktop.h"
+
+#include <QDeadlineTimer>
+#include <QRegularExpression>
+#include <QStandardPaths>
+#include <QTest>
+
+Desktop::Desktop()
+{
+    for (const char* needed : {"Xvfb", "xdotool"}) {
+        if (QStandardPaths::findExecutable(needed).isEmpty()) {
+            m_trouble = QStringLiteral("%1 is not installed").arg(needed);
+            return;
+        }
+    }
+    // The server chooses a number that is free, and says which.
+    m_server = std::make_unique<Program>(
+        "Xvfb", QStringList{"-displayfd", "1", "-screen", "0", "1400x1000x24", "-nolisten", "tcp"});
+    // It may grumble before.
+    bool isNumber = false;
+    do {
+        m_display = m_server->waitForLine(QString());
+        m_display.toInt(&isNumber);
+    } while (!m_display.isNull() && !isNumber);
+    if (m_display.isNull())
+        m_trouble = QStringLiteral("Xvfb does not start");
+}
+
+QStringList Desktop::environment() const
+{
+    return {"DISPLAY=:" + m_display, "QT_QPA_PLATFORM=xcb"};
+}
+
+// Without a window manager nobody else gives the keyboard to a window.
+bool Desktop::focus(const QString& title) const
+{
+    const QString pattern = '^' + QRegularExpression::escape(title) + '$';
+    const QDeadlineTimer deadline(Program::patienceMs);
+    while (!deadline.hasExpired()) {
+        const QString windows =
+            run("xdotool", {"search", "--onlyvisible", "--name", pattern}).value_or(QString());
+        const QString window = windows.section('\n', -1);
+        if (!window.isEmpty() && run("xdotool", {"windowfocus", window}) &&
+            run("xdotool", {"getwindowfocus"}) == window)
+            return true;
+    }
+    return false;
+}
+
+void Desktop::press(const QStringList& keys) const
+{
+    run("xdotool", QStringList{"key"} + keys);
+}
+
+void Desktop::click(QPoint place) const
+{
+    // So soon after another one it would be a double click.
+    run("xdotool", {"mousemove", QString::number(place.x()), QString::number(place.y()), "sleep",
+                    "0.5", "click", "1"});
+}
+
+void Desktop::savePicture(const QString& file) const
+{
+    run("import", {"-window", "root", file});
+}
+
+std::optional<QString> Desktop::run(const QString& program, const QStringList& arguments) const
+{
+    QProcess process;
+    process.setEnvironment(QProcess::systemEnvironment() + environment());
+    process.start(program, arguments);
+    const bool isDone = process.waitForFinished(Program::patienceMs) &&
+                        process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
+    if (!isDone)
+        return std::nullopt;
+    return QString::fromLocal8Bit(process.readAllStandardOutput()).trimmed();
+}

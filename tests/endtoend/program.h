@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QByteArray>
+#include <QMap>
+#include <QProcess>
+#include <QString>
+#include <QStringList>
+
+/// A program in a process of its own, whose output is read line by line. It is killed when the
+/// object goes, and shows then what it printed if a test function has failed by that time.
+class Program
+{
+public:
+    /// @param environment variables beside those of the test, as "NAME=VALUE"
+    Program(const QString& file, const QStringList& arguments, const QStringList& environment = {});
+    ~Program();
+    Program(const Program&) = delete;
+    Program& operator=(const Program&) = delete;
+
+    /// Waits until a line comes that has @p part in it, behind all lines that were waited for.
+    /// @return the line without its end; null if the program ends before, or takes too long
+    QString waitForLine(const QString& part);
+
+    /// Waits until the program ends by itself. @return its exit code; -1 if it does not, or crashes
+    int waitForEnd();
+
+    /// Takes its life without a warning.
+    void kill();
+
+    bool isRunning() const { return m_process.state() != QProcess::NotRunning; }
+
+    /// How long is waited for anything: long enough for a loaded machine and sanitizers.
+    static constexpr int patienceMs = 60000;
+
+private:
+    void read();
+
+    QProcess m_process;
+    QStringList m_lines;
+    int m_next = 0; // the first line that was not waited for
+};

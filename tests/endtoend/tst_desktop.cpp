@@ -1,0 +1,292 @@
+#include "desktop.h"
+
+#include <endpoint.h>
+#include <wirelanguage.h>
+
+#include <fixturefiles.h>
+#include <testmain.h>
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTcpSocket>
+
+namespace {
+
+const QString frontendTitle = "VORNIX3 v3.3.0 - One release behind";
+const QString updateTitle = "Controller and Camera Update";
+const QString boxTitle = "VORNIX3";
+
+// One controller, so that a run takes some seconds.
+const QByteArray scenarioJson = R"({
+    "title": "One release behind",
+    "protocol": "1.23",
+    "controllers": [
+        {"hostName": "zan-master", "address": "192.168.7.20", "model": 2,
+         "modelDescription": "ZAN C2", "board": "FUJITSU D3231-S1", "serial": 731,
+         "pt": "v3.2.0 2025-06-20", "ct": "v1.3"}
+    ],
+    "timing": {"bootMs": 3000}
+})";
+
+/// The simulated system in its own process, and what its bench tells.
+class System
+{
+public:
+    explicit System(const FixtureFolder& folder) : m_folder(folder)
+    {
+        folder.write("behind.json", scenarioJson);
+    }
+
+    /// Starts it, at the same port if it ran before. @return whether it listens
+    bool start()
+    {
+        const QStringList arguments = {"--scenario", m_folder.path("behind.json"),
+                                       "--state",    m_folder.path("system/state.json"),
+                                       "--listen",   m_at.text(),
+                                       "--fast"};
+        m_program = std::make_unique<Program>(SIMULATED_SYSTEM, arguments);
+        const QString line = m_program->waitForLine("Listening on ");
+        const std::optional<Endpoint> at = Endpoint::read(line.section(' ', -1));
+        if (at)
+            m_at = *at;
+        return at.has_value();
+    }
+
+    void kill() { m_program->kill(); }
+    QString address() const { return m_at.text(); }
+
+    /// The state of the controller as the bench tells it, such as "v3.2.0 v1.3, 12 of 40 records";
+    /// empty without an answer.
+    QString state() const
+    {
+        QTcpSocket socket;
+        socket.connectToHost(m_at.address, m_at.port);
+        if (!socket.waitForConnected(Program::patienceMs))
+            return QString();
+        socket.write(benchLine(QByteArray(), "state"));
+        while (!socket.canReadLine() && socket.waitForReadyRead(Program::patienceMs)) {
+        }
+        const std::optional<WireReply> reply = readReply(socket.readLine().trimmed());
+        return reply ? stateText(QJsonDocument::fromJson(reply->text).object()) : QString();
+    }
+
+private:
+    static QString stateText(const QJsonObject& state)
+    {
+        const QJsonObject memory = state["memory"].toObject();
+        const QJsonObject kept = memory["controllers"].toArray().at(0).toObject();
+        const QJsonObject now = state["controllers"].toArray().at(0).toObject();
+        const QString staged = kept["stagedPt"].toString() + kept["stagedCt"].toString();
+        return QStringLiteral("%1 %2%3, %4")
+            .arg(kept["pt"].toString().section(' ', 0, 0), kept["ct"].toString(),
+                 staged.isEmpty() ? QString() : " and more to come",
+                 now["received"].toInt() > 0 ? "has received" : "has received nothing");
+    }
+
+    const FixtureFolder& m_folder;
+    Endpoint m_at;
+    std::unique_ptr<Program> m_program;
+};
+
+/// A start of the frontend on the desktop, and a user in front of it.
+class Session
+{
+public:
+    Session(Desktop& desktop, const System& system, const FixtureFolder& folder)
+        : m_desktop(desktop), m_program(DEMO_FRONTEND,
+                                        {"--connect", system.address(), "--state-dir",
+                                         folder.path("state"), "--narrate"},
+                                        desktop.environment())
+    {
+    }
+
+    /// Waits until the user reads a line that has @p text in it.
+    bool reads(const QString& text) { return !m_program.waitForLine(text).isNull(); }
+
+    /// Clicks on what is told as a place from now on, such as "Exit" or "row 1".
+    bool clicks(const QString& name)
+    {
+        const QString line = m_program.waitForLine("place     " + name + ' ');
+        const QStringList place = line.section(' ', -1).split(',');
+        if (place.size() != 2)
+            return false;
+        m_place = QPoint(place.at(0).toInt(), place.at(1).toInt());
+        m_desktop.click(m_place);
+        return true;
+    }
+
+    void clicksAgain() { m_desktop.click(m_place); }
+
+    /// Presses keys in the window with that title.
+    bool presses(const QStringList& keys, const QString& title)
+    {
+        if (!m_desktop.focus(title))
+            return false;
+        m_desktop.press(keys);
+        return true;
+    }
+
+    /// Goes from the update dialog, which has come up, into the run.
+    bool startsTheRun()
+    {
+        return presses({"Tab", "space"}, updateTitle) && reads("Do you really want to update?") &&
+               presses({"alt+y"}, boxTitle) && reads("Don't stop the update process") &&
+               presses({"Return"}, boxTitle);
+    }
+
+    /// Waits for the end of a run that is well, and takes the restart.
+    bool takesTheRestart()
+    {
+        return reads("The Controller is updated successfully and must be restarted.") &&
+               presses({"alt+y"}, boxTitle) && m_program.waitForEnd() == 0;
+    }
+
+    Program& program() { return m_program; }
+
+private:
+    Desktop& m_desktop;
+    Program m_program;
+    QPoint m_place;
+};
+
+const QString oldVersions = "v3.2.0 v1.3, has received nothing";
+const QString newVersions = "v3.3.0 v1.4, has received nothing";
+
+} // namespace
+
+/// The frontend with its built module on a real display, with a user's keys and clicks, against a
+/// system in another process.
+class TestDesktop : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { QVERIFY2(desktop.trouble().isEmpty(), qPrintable(desktop.trouble())); }
+
+    void cleanup()
+    {
+        if (QTest::currentTestFailed())
+            desktop.savePicture(QStringLiteral(PICTURES "/%1.png")
+                                    .arg(QLatin1String(QTest::currentTestFunction())));
+    }
+
+    void updateGoesItsWholeRoad();
+    void frontendKilledInARunBeginsAnew();
+    void systemKilledInARunIsUpdatedLater();
+    void systemKilledWhileNothingHappensIsConnectedAgain();
+
+private:
+    Desktop desktop;
+};
+
+void TestDesktop::updateGoesItsWholeRoad()
+{
+    const FixtureFolder folder;
+    System system(folder);
+    QVERIFY(system.start());
+    {
+        Session first(desktop, system, folder);
+        QVERIFY(first.reads("window    " + updateTitle));
+        // A tick is taken away and put back.
+        QVERIFY(first.clicks("row 1"));
+        QVERIFY(first.reads("[ ] | Firmware update (zan-master) | v3.2.0 | v3.3.0 | yes | yes"));
+        QVERIFY(first.reads("[Update] (off) [Exit]"));
+        first.clicksAgain();
+        QVERIFY(first.reads("[x] | Firmware update (zan-master) | v3.2.0 | v3.3.0 | yes | yes"));
+        QVERIFY(first.reads("[Update] [Exit]"));
+        QVERIFY(first.startsTheRun());
+        QVERIFY(first.takesTheRestart());
+    }
+    QTRY_COMPARE_WITH_TIMEOUT(system.state(), newVersions, Program::patienceMs);
+
+    Session second(desktop, system, folder);
+    QVERIFY(second.reads("1 of 1 controller runs what was planned."));
+    QVERIFY(second.reads("window    New Features"));
+    QVERIFY(second.clicks("Show more"));
+    QVERIFY(second.reads("more lines)"));
+    QVERIFY(second.presses({"Escape"}, "New Features"));
+    QVERIFY(second.reads("window    " + frontendTitle));
+    QVERIFY(second.presses({"alt+h", "c"}, frontendTitle));
+    QVERIFY(second.reads("window    " + updateTitle));
+    QVERIFY(second.reads("Controller(s) and cameras are up to date"));
+    QVERIFY(second.presses({"Escape"}, updateTitle));
+    QVERIFY(second.reads("window    " + frontendTitle));
+    QVERIFY(second.presses({"ctrl+q"}, frontendTitle));
+    QCOMPARE(second.program().waitForEnd(), 0);
+}
+
+void TestDesktop::frontendKilledInARunBeginsAnew()
+{
+    const FixtureFolder folder;
+    System system(folder);
+    QVERIFY(system.start());
+    {
+        Session first(desktop, system, folder);
+        QVERIFY(first.reads("window    " + updateTitle));
+        QVERIFY(first.startsTheRun());
+        QTRY_VERIFY_WITH_TIMEOUT(system.state().endsWith("has received"), Program::patienceMs);
+        first.program().kill();
+    }
+    // Whatever was received in full is put by, but nothing of it runs without a restart.
+    QVERIFY2(system.state().startsWith("v3.2.0 v1.3"), qPrintable(system.state()));
+
+    Session second(desktop, system, folder);
+    QVERIFY(second.reads("0 of 1 controller runs what was planned. Unconfirmed: zan-master."));
+    QVERIFY(second.reads("window    " + updateTitle));
+    QVERIFY(second.reads("[x] | Firmware update (zan-master) | v3.2.0 | v3.3.0 | yes | yes"));
+    QVERIFY(second.startsTheRun());
+    QVERIFY(second.takesTheRestart());
+    QTRY_COMPARE_WITH_TIMEOUT(system.state(), newVersions, Program::patienceMs);
+}
+
+void TestDesktop::systemKilledInARunIsUpdatedLater()
+{
+    const FixtureFolder folder;
+    System system(folder);
+    QVERIFY(system.start());
+    Session session(desktop, system, folder);
+    QVERIFY(session.reads("window    " + updateTitle));
+    QVERIFY(session.startsTheRun());
+    QTRY_VERIFY_WITH_TIMEOUT(system.state().endsWith("has received"), Program::patienceMs);
+    system.kill();
+
+    QVERIFY(session.reads("Update failed!"));
+    QVERIFY(session.presses({"Return"}, boxTitle));
+    QVERIFY(session.presses({"Escape"}, updateTitle));
+    QVERIFY(session.reads("Nobody simulates them at the moment."));
+
+    QVERIFY(system.start());
+    QVERIFY2(system.state().startsWith("v3.2.0 v1.3"), qPrintable(system.state()));
+    QVERIFY(session.reads("Frontend: Connected to 192.168.7.20"));
+    QVERIFY(session.reads("window    " + updateTitle));
+    QVERIFY(session.startsTheRun());
+    QVERIFY(session.takesTheRestart());
+    QTRY_COMPARE_WITH_TIMEOUT(system.state(), newVersions, Program::patienceMs);
+}
+
+void TestDesktop::systemKilledWhileNothingHappensIsConnectedAgain()
+{
+    const FixtureFolder folder;
+    System system(folder);
+    QVERIFY(system.start());
+    Session session(desktop, system, folder);
+    QVERIFY(session.reads("window    " + updateTitle));
+    QVERIFY(session.presses({"Escape"}, updateTitle));
+    QVERIFY(session.reads("window    " + frontendTitle));
+    system.kill();
+    QVERIFY(session.reads("Frontend: The controllers do not answer any more."));
+    QVERIFY(session.reads("Nobody simulates them at the moment."));
+
+    QVERIFY(system.start());
+    QCOMPARE(system.state(), oldVersions);
+    QVERIFY(session.reads("Frontend: Connected to 192.168.7.20"));
+    QVERIFY(session.reads("window    " + updateTitle));
+    QVERIFY(session.presses({"Escape"}, updateTitle));
+    QVERIFY(session.reads("window    " + frontendTitle));
+    QVERIFY(session.presses({"ctrl+q"}, frontendTitle));
+    QCOMPARE(session.program().waitForEnd(), 0);
+}
+
+ZAN_TEST_MAIN(TestDesktop)
+#include "tst_desktop.moc"
