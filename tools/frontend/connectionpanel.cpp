@@ -20,8 +20,8 @@ static QLabel* makeTitle()
     return title;
 }
 
-ConnectionPanel::ConnectionPanel(TestBench& system, QWidget* parent)
-    : QStackedWidget(parent), m_system(system), m_clock(new QTimer(this)), m_title(makeTitle()),
+ConnectionPanel::ConnectionPanel(TestBench& bench, QWidget* parent)
+    : QStackedWidget(parent), m_bench(bench), m_clock(new QTimer(this)), m_title(makeTitle()),
       m_details(new QLabel), m_remaining(new QLabel), m_bar(new QProgressBar),
       m_power(new QPushButton(tr("Give &power to the controllers")))
 {
@@ -37,7 +37,7 @@ QWidget* ConnectionPanel::makeConnectedPage()
     auto* page = new QWidget;
     auto* layout = new QVBoxLayout(page);
     layout->addWidget(m_title);
-    m_title->setText(tr("Connecting to %1...").arg(m_system.scenario().address()));
+    m_title->setText(tr("Connecting to %1...").arg(m_bench.scenario().address()));
     m_details->setTextInteractionFlags(Qt::TextSelectableByMouse);
     layout->addWidget(m_details);
     return page;
@@ -58,7 +58,7 @@ QWidget* ConnectionPanel::makeWaitingPage()
     line->addWidget(m_bar, 1);
     line->addWidget(m_remaining, 1);
     m_power->setObjectName(QStringLiteral("pushButton_power"));
-    connect(m_power, &QPushButton::clicked, &m_system, &TestBench::powerCycle);
+    connect(m_power, &QPushButton::clicked, &m_bench, &TestBench::powerCycle);
     line->addWidget(m_power);
     layout->addLayout(line);
     return page;
@@ -67,7 +67,7 @@ QWidget* ConnectionPanel::makeWaitingPage()
 void ConnectionPanel::showConnected(const QString& details)
 {
     m_clock->stop();
-    m_title->setText(tr("Connected to %1").arg(m_system.scenario().address()));
+    m_title->setText(tr("Connected to %1").arg(m_bench.scenario().address()));
     m_details->setText(details);
     setCurrentIndex(0);
 }
@@ -81,7 +81,7 @@ void ConnectionPanel::showWaiting()
 
 QString ConnectionPanel::remainingText(qint64 leftMs) const
 {
-    if (!m_system.isAtHand())
+    if (!m_bench.isAtHand())
         return tr("Nobody simulates them at the moment.");
     return leftMs >= 0 ? tr("about %1 s").arg((leftMs + 999) / 1000)
                        : tr("They do not come back by themselves.");
@@ -89,11 +89,11 @@ QString ConnectionPanel::remainingText(qint64 leftMs) const
 
 void ConnectionPanel::updateWaiting()
 {
-    const qint64 leftMs = m_system.msUntilReachable();
+    const qint64 leftMs = m_bench.msUntilReachable();
     const bool hasPower = leftMs >= 0;
-    const int bootMs = m_system.scenario().timing.bootMs;
+    const int bootMs = m_bench.scenario().timing.bootMs;
     m_bar->setRange(0, qMax(1, bootMs));
     m_bar->setValue(hasPower ? bootMs - static_cast<int>(leftMs) : 0);
     m_remaining->setText(remainingText(leftMs));
-    m_power->setVisible(!hasPower && m_system.isAtHand());
+    m_power->setVisible(!hasPower && m_bench.isAtHand());
 }

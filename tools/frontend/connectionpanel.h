@@ -15,8 +15,8 @@ class ConnectionPanel : public QStackedWidget
     Q_OBJECT
 
 public:
-    /// @param system must outlive the panel
-    explicit ConnectionPanel(TestBench& system, QWidget* parent = nullptr);
+    /// @param bench must outlive the panel
+    explicit ConnectionPanel(TestBench& bench, QWidget* parent = nullptr);
 
     /// @param details one line about the backend
     void showConnected(const QString& details);
@@ -28,7 +28,7 @@ private:
     void updateWaiting();
     QString remainingText(qint64 leftMs) const;
 
-    TestBench& m_system;
+    TestBench& m_bench;
     QTimer* m_clock;
     QLabel* m_title;
     QLabel* m_details;

@@ -81,18 +81,18 @@ void DeliveredVersions::add(const CameraUpdateFile& file)
     }
 }
 
-QStringList DeliveredVersions::missingIn(const TestBench& system) const
+QStringList DeliveredVersions::missingIn(const TestBench& bench) const
 {
     QStringList missing;
-    for (const ControllerState& controller : system.controllers()) {
+    for (const ControllerState& controller : bench.controllers()) {
         if (!controller.available)
             continue;
         const Release newest = m_controllers.value(familyOf(controller.model));
         missing += notNewest(controller.hostName, QStringLiteral("Pt"), controller.pt, newest.pt);
         missing += notNewest(controller.hostName, QStringLiteral("Ct"), controller.ct, newest.ct);
     }
-    for (int index = 0; index < system.cameras().size(); ++index) {
-        const CameraState& camera = system.cameras().at(index);
+    for (int index = 0; index < bench.cameras().size(); ++index) {
+        const CameraState& camera = bench.cameras().at(index);
         const QString device =
             QStringLiteral("camera %1 (%2)").arg(cameraName(index), camera.serial);
         if (!camera.found)

@@ -25,9 +25,9 @@ public:
     /// Reads every file in @p folder; what is no update file does not count.
     static DeliveredVersions read(const QString& folder);
 
-    /// One line for each device of @p system that does not run the newest versions that there are
+    /// One line for each device of @p bench that does not run the newest versions that there are
     /// for its model, or was not found again. A controller that is not available is left out.
-    QStringList missingIn(const TestBench& system) const;
+    QStringList missingIn(const TestBench& bench) const;
 
 private:
     /// What there is for one family of controllers.

@@ -104,16 +104,16 @@ static QVector<DeviceColumn<CameraState>> cameraColumns()
     };
 }
 
-DeviceTable<ControllerState>* makeControllerTable(const TestBench& system, QObject* parent)
+DeviceTable<ControllerState>* makeControllerTable(const TestBench& bench, QObject* parent)
 {
     return new DeviceTable<ControllerState>(
-        [&system]() -> const QVector<ControllerState>& { return system.controllers(); },
+        [&bench]() -> const QVector<ControllerState>& { return bench.controllers(); },
         controllerColumns(), parent);
 }
 
-DeviceTable<CameraState>* makeCameraTable(const TestBench& system, QObject* parent)
+DeviceTable<CameraState>* makeCameraTable(const TestBench& bench, QObject* parent)
 {
     return new DeviceTable<CameraState>(
-        [&system]() -> const QVector<CameraState>& { return system.cameras(); }, cameraColumns(),
+        [&bench]() -> const QVector<CameraState>& { return bench.cameras(); }, cameraColumns(),
         parent);
 }

@@ -81,6 +81,6 @@ private:
     QVector<DeviceColumn<Device>> m_columns;
 };
 
-/// Tables of the devices of @p system, which must outlive them.
-DeviceTable<ControllerState>* makeControllerTable(const TestBench& system, QObject* parent);
-DeviceTable<CameraState>* makeCameraTable(const TestBench& system, QObject* parent);
+/// Tables of the devices of @p bench, which must outlive them.
+DeviceTable<ControllerState>* makeControllerTable(const TestBench& bench, QObject* parent);
+DeviceTable<CameraState>* makeCameraTable(const TestBench& bench, QObject* parent);

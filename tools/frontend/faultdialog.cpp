@@ -23,8 +23,8 @@ enum Moment
 
 } // namespace
 
-FaultDialog::FaultDialog(TestBench& system, QWidget* parent)
-    : QDialog(parent), m_system(system), m_mode(makeModes()), m_device(makeDevices()),
+FaultDialog::FaultDialog(TestBench& bench, QWidget* parent)
+    : QDialog(parent), m_bench(bench), m_mode(makeModes()), m_device(makeDevices()),
       m_moment(makeMoments()), m_number(new QSpinBox), m_delay(new QSpinBox),
       m_everyTime(new QCheckBox(tr("&Every time, not only once"))),
       m_arm(new QPushButton(tr("&Arm"))), m_disarm(new QPushButton(tr("&Disarm all"))),
@@ -52,9 +52,9 @@ FaultDialog::FaultDialog(TestBench& system, QWidget* parent)
             &FaultDialog::followMode);
     connect(m_moment, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
             &FaultDialog::followMoment);
-    connect(m_arm, &QPushButton::clicked, this, [this] { m_system.armFault(wantedFault()); });
-    connect(m_disarm, &QPushButton::clicked, &system, &TestBench::disarmFaults);
-    connect(&system, &TestBench::changed, this, &FaultDialog::followSystem);
+    connect(m_arm, &QPushButton::clicked, this, [this] { m_bench.armFault(wantedFault()); });
+    connect(m_disarm, &QPushButton::clicked, &bench, &TestBench::disarmFaults);
+    connect(&bench, &TestBench::changed, this, &FaultDialog::followSystem);
     followMode();
     followSystem();
 }
@@ -73,7 +73,7 @@ QComboBox* FaultDialog::makeDevices()
     auto* box = new QComboBox;
     box->setObjectName(QStringLiteral("comboBox_faultDevice"));
     box->addItem(tr("any device"), QString());
-    for (const QString& name : m_system.scenario().deviceNames())
+    for (const QString& name : m_bench.scenario().deviceNames())
         box->addItem(name, name);
     return box;
 }
@@ -143,10 +143,10 @@ void FaultDialog::followMoment()
 void FaultDialog::followSystem()
 {
     QStringList lines;
-    for (const Fault& fault : m_system.armedFaults())
+    for (const Fault& fault : m_bench.armedFaults())
         lines += fault.text();
     m_armed->setText(lines.isEmpty() ? tr("No fault is armed.")
                                      : tr("Armed:\n%1").arg(lines.join(QLatin1Char('\n'))));
-    m_arm->setEnabled(m_system.isAtHand());
-    m_disarm->setEnabled(m_system.isAtHand() && !lines.isEmpty());
+    m_arm->setEnabled(m_bench.isAtHand());
+    m_disarm->setEnabled(m_bench.isAtHand() && !lines.isEmpty());
 }

@@ -18,8 +18,8 @@ class FaultDialog : public QDialog
     Q_OBJECT
 
 public:
-    /// @param system must outlive the dialog
-    explicit FaultDialog(TestBench& system, QWidget* parent = nullptr);
+    /// @param bench must outlive the dialog
+    explicit FaultDialog(TestBench& bench, QWidget* parent = nullptr);
 
 private:
     QComboBox* makeModes();
@@ -32,7 +32,7 @@ private:
     void followMoment();
     void followSystem();
 
-    TestBench& m_system;
+    TestBench& m_bench;
     QComboBox* m_mode;
     QComboBox* m_device;
     QComboBox* m_moment;

@@ -47,9 +47,9 @@ Frontend::Frontend(Scenario scenario, const Options& options)
 }
 
 Frontend::Frontend(std::unique_ptr<SystemAccess> access, const Options& options)
-    : m_options(options), m_access(std::move(access)), m_system(m_access->bench()),
-      m_link(m_access->link()), m_observer(options.observer || m_system.scenario().observer),
-      m_channel(m_link), m_window(m_system, m_observer), m_runs(m_channel, runFolder(options)),
+    : m_options(options), m_access(std::move(access)), m_bench(m_access->bench()),
+      m_link(m_access->link()), m_observer(options.observer || m_bench.scenario().observer),
+      m_channel(m_link), m_window(m_bench, m_observer), m_runs(m_channel, runFolder(options)),
       m_results(&m_window), m_logReceiver([this](const QString& sender, const QString& text) {
           m_window.log().add(sender, text);
       }),
@@ -71,7 +71,7 @@ Frontend::Frontend(std::unique_ptr<SystemAccess> access, const Options& options)
     });
     connect(&m_window, &MainWindow::themeChanged, this, &Frontend::tellTheme);
     connect(&m_window, &MainWindow::hardwareSearchWanted, this, &Frontend::searchForHardware);
-    connect(&m_system, &TestBench::trouble, this, &Frontend::log);
+    connect(&m_bench, &TestBench::trouble, this, &Frontend::log);
     connect(&m_window, &MainWindow::resultsWanted, this, &Frontend::showResults);
     connect(&m_runs, &RunFollower::message, this, &Frontend::log);
     connect(&m_runs, &RunFollower::runChanged, this,
@@ -130,7 +130,7 @@ void Frontend::run()
     if (!m_link.isReachable())
         m_window.connection().showWaiting();
     m_window.show();
-    const QString title = m_system.scenario().title;
+    const QString title = m_bench.scenario().title;
     log(m_access->transcript() ? title : tr("Simulated system: %1").arg(title));
     m_follow.start();
     QApplication::exec();
@@ -224,7 +224,7 @@ BackendVersions Frontend::versions()
 
 BackendVersions Frontend::askVersions()
 {
-    const Scenario& scenario = m_system.scenario();
+    const Scenario& scenario = m_bench.scenario();
     return BackendVersions(askVersion("system version"), scenario.protocol,
                            askVersion("system controller_version"), scenario.backendModel);
 }

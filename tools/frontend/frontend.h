@@ -45,7 +45,7 @@ public:
     void run();
 
     MainWindow& window() { return m_window; }
-    TestBench& system() const { return m_system; }
+    TestBench& bench() const { return m_bench; }
     /// The replay of a transcript; null without one, and before the module takes part.
     const ReplayChannel* replay() const { return m_replay.get(); }
 
@@ -67,7 +67,7 @@ private:
 
     Options m_options;
     std::unique_ptr<SystemAccess> m_access;
-    TestBench& m_system;
+    TestBench& m_bench;
     CommandLink& m_link;
     bool m_observer;
     HostChannel m_channel;

@@ -28,23 +28,23 @@ static constexpr std::chrono::seconds PATIENCE(180);
     std::_Exit(Hanging);
 }
 
-static ExitCode judge(const TestBench& system, const QStringList& refusals, Narrator& narrator)
+static ExitCode judge(const TestBench& bench, const QStringList& refusals, Narrator& narrator)
 {
     const auto tell = [&](const QString& text) {
         narrator.tell(QStringLiteral("result"), text);
     };
     for (const QString& refusal : refusals)
         tell(QStringLiteral("refused: ") + refusal);
-    if (!system.isAtHand()) {
+    if (!bench.isAtHand()) {
         tell(QStringLiteral("The simulated system is gone, so nothing is known of its versions."));
         return StartFailed;
     }
-    if (!system.isReachable()) {
+    if (!bench.isReachable()) {
         tell(QStringLiteral("The controllers restart. Start again to see what became of it."));
         return StartAgain;
     }
     const QString updateFiles = updateFolder(QCoreApplication::applicationDirPath());
-    const QStringList missing = DeliveredVersions::read(updateFiles).missingIn(system);
+    const QStringList missing = DeliveredVersions::read(updateFiles).missingIn(bench);
     for (const QString& device : missing)
         tell(device);
     if (!missing.isEmpty()) {
@@ -81,10 +81,10 @@ ExitCode runHeadless(Frontend& frontend, const Options& options, Narrator& narra
     Watchdog watchdog(PATIENCE, giveUp);
     UserDriver driver(frontend.window(), narrator, screenshots, watchdog, options.user);
     driver.setMoreToDo(moreIn(frontend));
-    driver.setSystemGone([&frontend] { return !frontend.system().isAtHand(); });
+    driver.setSystemGone([&frontend] { return !frontend.bench().isAtHand(); });
     frontend.run();
     if (frontend.replay())
         return judge(*frontend.replay(), narrator);
-    frontend.system().catchUp();
-    return judge(frontend.system(), driver.refusals(), narrator);
+    frontend.bench().catchUp();
+    return judge(frontend.bench(), driver.refusals(), narrator);
 }

@@ -30,19 +30,19 @@ constexpr int menuHelp = 700;
 
 } // namespace
 
-MainWindow::MainWindow(TestBench& system, bool observer, QWidget* parent)
-    : QMainWindow(parent), m_system(system), m_observer(observer), m_menus(menuBar()),
-      m_connection(new ConnectionPanel(system)), m_equipment(new SystemView(system)),
+MainWindow::MainWindow(TestBench& bench, bool observer, QWidget* parent)
+    : QMainWindow(parent), m_bench(bench), m_observer(observer), m_menus(menuBar()),
+      m_connection(new ConnectionPanel(bench)), m_equipment(new SystemView(bench)),
       m_log(new LogPanel), m_measurement(new QLabel)
 {
     setObjectName(QStringLiteral("mainWindow"));
     setWindowTitle(
-        tr("VORNIX3 %1 - %2").arg(QLatin1String(frontendVersion), system.scenario().title));
+        tr("VORNIX3 %1 - %2").arg(QLatin1String(frontendVersion), bench.scenario().title));
     makeMenus();
     setCentralWidget(makeContent());
     makeStatusBar();
     resize(fittingSize(*this, {1180, 900}));
-    connect(&system, &TestBench::changed, this, &MainWindow::followSystem);
+    connect(&bench, &TestBench::changed, this, &MainWindow::followSystem);
     followSystem();
     qApp->installEventFilter(this);
 }
@@ -83,10 +83,10 @@ void MainWindow::makeMenus()
 
     m_startMeasurement =
         addAction(tr("&Start"), tr("Start a measurement"), 10, tr("&Measurement"), menuMeasurement);
-    connect(m_startMeasurement, &QAction::triggered, this, [this] { m_system.setMeasuring(true); });
+    connect(m_startMeasurement, &QAction::triggered, this, [this] { m_bench.setMeasuring(true); });
     m_stopMeasurement = addAction(tr("S&top"), tr("Stop the measurement that runs"), 20,
                                   tr("&Measurement"), menuMeasurement);
-    connect(m_stopMeasurement, &QAction::triggered, this, [this] { m_system.setMeasuring(false); });
+    connect(m_stopMeasurement, &QAction::triggered, this, [this] { m_bench.setMeasuring(false); });
 
     m_darkTheme = addAction(tr("&Dark theme"), tr("Switch between the dark and the bright theme"),
                             10, tr("V&iew"), menuView);
@@ -184,10 +184,10 @@ bool MainWindow::isDarkTheme() const
 
 void MainWindow::followSystem()
 {
-    const bool measuring = m_system.measurement() != Measurement::Off;
+    const bool measuring = m_bench.measurement() != Measurement::Off;
     m_measurement->setText(measuring ? tr("Measurement runs") : tr("No measurement"));
-    m_searchHardware->setEnabled(!m_observer && m_system.isReachable() && !measuring);
-    m_startMeasurement->setEnabled(!m_observer && m_system.isReachable() && !measuring);
+    m_searchHardware->setEnabled(!m_observer && m_bench.isReachable() && !measuring);
+    m_startMeasurement->setEnabled(!m_observer && m_bench.isReachable() && !measuring);
     m_stopMeasurement->setEnabled(!m_observer && measuring);
     for (const ModuleEntry& entry : qAsConst(m_moduleEntries))
         entry.action->setEnabled(!measuring || entry.activeDuringMeasurement);

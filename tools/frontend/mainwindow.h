@@ -21,9 +21,9 @@ class MainWindow : public QMainWindow
     Q_OBJECT
 
 public:
-    /// @param system must outlive the window
+    /// @param bench must outlive the window
     /// @param observer whether the user may only look on
-    MainWindow(TestBench& system, bool observer, QWidget* parent = nullptr);
+    MainWindow(TestBench& bench, bool observer, QWidget* parent = nullptr);
 
     ConnectionPanel& connection() { return *m_connection; }
     LogView& log();
@@ -71,7 +71,7 @@ private:
     void followSystem();
     void showAbout();
 
-    TestBench& m_system;
+    TestBench& m_bench;
     bool m_observer;
     OrderedMenus m_menus;
     ConnectionPanel* m_connection;

@@ -109,15 +109,15 @@ QHBoxLayout* rightAligned(const QList<QWidget*>& widgets)
 
 } // namespace
 
-SystemView::SystemView(TestBench& system, QWidget* parent)
-    : QWidget(parent), m_system(system), m_controllers(makeControllerTable(system, this)),
-      m_cameras(makeCameraTable(system, this))
+SystemView::SystemView(TestBench& bench, QWidget* parent)
+    : QWidget(parent), m_bench(bench), m_controllers(makeControllerTable(bench, this)),
+      m_cameras(makeCameraTable(bench, this))
 {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(makeControllers(), system.controllers().size());
-    if (!system.cameras().isEmpty())
-        layout->addWidget(makeCameras(), system.cameras().size());
+    layout->addWidget(makeControllers(), bench.controllers().size());
+    if (!bench.cameras().isEmpty())
+        layout->addWidget(makeCameras(), bench.cameras().size());
 
     refresh();
 
@@ -125,7 +125,7 @@ SystemView::SystemView(TestBench& system, QWidget* parent)
     m_refresh.setSingleShot(true);
     m_refresh.setInterval(refreshMs);
     connect(&m_refresh, &QTimer::timeout, this, &SystemView::refresh);
-    connect(&system, &TestBench::changed, this, [this] {
+    connect(&bench, &TestBench::changed, this, [this] {
         if (!m_refresh.isActive())
             m_refresh.start();
     });
@@ -139,7 +139,7 @@ QWidget* SystemView::makeControllers()
     auto* power = new QPushButton(tr("Power-c&ycle the controllers"));
     power->setObjectName(QStringLiteral("pushButton_powerCycleControllers"));
     power->setStatusTip(tr("Take power off all controllers and give it back"));
-    connect(power, &QPushButton::clicked, &m_system, &TestBench::powerCycle);
+    connect(power, &QPushButton::clicked, &m_bench, &TestBench::powerCycle);
     layout->addLayout(rightAligned({makeFaultButton(), power}));
     return group;
 }
@@ -174,7 +174,7 @@ QPushButton* SystemView::makeFaultButton()
 void SystemView::showFaults()
 {
     if (!m_faultDialog)
-        m_faultDialog = new FaultDialog(m_system, window());
+        m_faultDialog = new FaultDialog(m_bench, window());
     m_faultDialog->show();
     m_faultDialog->raise();
     m_faultDialog->activateWindow();
@@ -184,7 +184,7 @@ void SystemView::refresh()
 {
     m_controllers->refresh();
     m_cameras->refresh();
-    const int armed = m_system.armedFaults().size();
+    const int armed = m_bench.armedFaults().size();
     m_faults->setText(armed == 0 ? tr("Fa&ults on demand...")
                                  : tr("Fa&ults on demand (%1 armed)...").arg(armed));
 }
@@ -192,5 +192,5 @@ void SystemView::refresh()
 void SystemView::powerCycleSelectedCameras()
 {
     for (const QModelIndex& row : m_cameraView->selectionModel()->selectedRows())
-        m_system.powerCycleCamera(row.row());
+        m_bench.powerCycleCamera(row.row());
 }

@@ -16,8 +16,8 @@ class SystemView : public QWidget
     Q_OBJECT
 
 public:
-    /// @param system must outlive the view
-    explicit SystemView(TestBench& system, QWidget* parent = nullptr);
+    /// @param bench must outlive the view
+    explicit SystemView(TestBench& bench, QWidget* parent = nullptr);
 
 private:
     QWidget* makeControllers();
@@ -27,7 +27,7 @@ private:
     void refresh();
     void powerCycleSelectedCameras();
 
-    TestBench& m_system;
+    TestBench& m_bench;
     DeviceTable<ControllerState>* m_controllers;
     DeviceTable<CameraState>* m_cameras;
     QTableView* m_cameraView = nullptr;

@@ -285,14 +285,14 @@ void TestFrontend::stateIsKeptAndForgotten()
     {
         Frontend frontend(scenarioNamed("cameras"), options);
         QVERIFY(frontend.prepare(&error));
-        QVERIFY(!frontend.system().cameras().constFirst().found);
+        QVERIFY(!frontend.bench().cameras().constFirst().found);
         QFile file(preferences);
         QVERIFY(file.open(QIODevice::WriteOnly));
     }
     options.fresh = true;
     Frontend frontend(scenarioNamed("cameras"), options);
     QVERIFY(frontend.prepare(&error));
-    QVERIFY(frontend.system().cameras().constFirst().found);
+    QVERIFY(frontend.bench().cameras().constFirst().found);
     QVERIFY(!QFile::exists(preferences));
     QVERIFY(QFile::exists(Frontend::homeFolder(options.stateDir)));
 }

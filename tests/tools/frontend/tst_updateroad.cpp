@@ -107,10 +107,10 @@ void TestUpdateRoad::cascadeIsBroughtUpToDate()
                               "it."}));
         QCOMPARE(first.code, StartAgain);
         // Nothing runs before the restart has ended.
-        QCOMPARE(versionsOf(first.frontend.system()),
+        QCOMPARE(versionsOf(first.frontend.bench()),
                  (QStringList{"zan-master v3.1.0 v1.2", "zan-left v3.1.0 v1.2",
                               "zan-right v3.1.0 v1.2"}));
-        QVERIFY(!first.frontend.system().isReachable());
+        QVERIFY(!first.frontend.bench().isReachable());
     }
     QVERIFY(preferences().contains("SHOW_AT_START=\"true\""));
 
@@ -152,7 +152,7 @@ void TestUpdateRoad::cascadeIsBroughtUpToDate()
              QString("result: All controllers and cameras run the newest versions."));
     QCOMPARE(second.code, Success);
     QCOMPARE(
-        versionsOf(second.frontend.system()),
+        versionsOf(second.frontend.bench()),
         (QStringList{"zan-master v3.3.0 v1.4", "zan-left v3.3.0 v1.4", "zan-right v3.3.0 v1.4"}));
     QVERIFY(!preferences().contains("SHOW_AT_START=\"true\""));
 }
