@@ -1,7 +1,7 @@
 #pragma once
 
-#include "releasecatalogue.h"
 #include "plannedrun.h"
+#include "releasecatalogue.h"
 
 class QAbstractItemModel;
 

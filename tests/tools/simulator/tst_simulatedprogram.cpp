@@ -73,7 +73,8 @@ private slots:
         SimulatedProgram after(arguments);
         endpoint = after.endpoint();
         QVERIFY(endpoint);
-        QTRY_COMPARE_WITH_TIMEOUT(ask(*endpoint, "bench power"), QByteArray("ok on"), processWaitMs);
+        QTRY_COMPARE_WITH_TIMEOUT(ask(*endpoint, "bench power"), QByteArray("ok on"),
+                                  processWaitMs);
         QVERIFY(ask(*endpoint, "get system version").startsWith("ok v9.9.9 "));
         after.kill();
 
