@@ -24,9 +24,13 @@ public:
     {
     }
 
+    /// Version of the tracking software of the system.
     const VersionInfo& systemPt() const { return sysPt; }
+    /// Version of the command protocol that the backend speaks.
     const VersionInfo& protocol() const { return prot; }
+    /// Version of the controller firmware.
     const VersionInfo& systemCt() const { return sysCt; }
+    /// Model text of the controller.
     const QString& zanModel() const { return mod; }
 
 private:

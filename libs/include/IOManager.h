@@ -6,8 +6,9 @@
 
 class MessageReceiver;
 
-#if defined(__GNUC__)
+/// @def IOMANAGER_PRINTF(text, first)
 /// Lets the compiler check printf-style arguments; positions count from 1, `this` included.
+#if defined(__GNUC__)
 #define IOMANAGER_PRINTF(text, first) __attribute__((format(printf, text, first)))
 #else
 #define IOMANAGER_PRINTF(text, first)
@@ -18,7 +19,9 @@ class MessageReceiver;
 /// The host implements and owns it; the plug-in holds a plain pointer until exit_module() has
 /// returned and calls it on the user interface thread only. All text is 8-bit and NUL-terminated.
 /// Every `int` result is 0 for success and anything else for failure. The words of the command
-/// language are described in docs/command-language.md.
+/// language are described in docs/command-language.md; no text that the plug-in sends to a
+/// controller is longer than 234 bytes without its NUL. Without prepare_reply() an exchange may
+/// take as long as the host lets it.
 ///
 /// A host may have further virtual operations of its own in its implementing class; the order of
 /// these nine is part of the contract.
@@ -30,7 +33,12 @@ public:
     /// @param kind        1 at every call
     /// @param timeoutMs   time that the controller may take, in milliseconds
     /// @param pollFollows 1 if poll_reply() comes directly after the command, 0 if the caller
-    ///                    returns to its event loop first: then the command must not wait
+    ///                    returns to its event loop first: then the command must not wait, and one
+    ///                    poll_reply() comes a second later, which waits for what is left of the
+    ///                    time. There are no repeated polls.
+    ///
+    /// Between this call and poll_reply() a host that uses the channel itself, from its event loop,
+    /// must not let that take the prepared reply.
     virtual void prepare_reply(int kind, int timeoutMs, int pollFollows) = 0;
 
     /// Sends a command and writes the controller's complete reply, at most 200 bytes with its NUL,
@@ -41,7 +49,9 @@ public:
     /// Waits until the prepared reply has arrived or its time has run out.
     ///
     /// @param mode 3 at every call
-    /// @return 0 if the reply arrived
+    /// @return for a setting 0 only if the controller confirmed it: a refusal is a failure like a
+    ///         time-out. For a command 0 if a reply arrived, whatever it says: the text in the
+    ///         buffer of send_command() tells that.
     virtual int poll_reply(int mode) = 0;
 
     /// Asks for a parameter's value as text, without the echo of its name.

@@ -30,6 +30,7 @@ struct _GuiElement // NOLINT(bugprone-reserved-identifier): the name is part of 
     int action_active_during_measurement; ///< 1: stays enabled while a measurement runs; 0: does
                                           ///< not
 };
+/// The name by which hosts and modules call it.
 using GuiElement = _GuiElement;
 
 static_assert(std::is_standard_layout_v<GuiElement>,
@@ -53,6 +54,7 @@ public:
     /// Version of the module in the form v1.2.3.
     virtual QString get_module_version() const = 0;
     /// The module's menu entries. The first call builds the dialogs; the records stay the module's.
+    /// Empty as long as a parameter that the module needs is missing.
     virtual QList<_GuiElement*> get_gui_elements() = 0;
     /// Takes one named parameter; unknown keys are ignored. docs/host-integration.md lists them.
     virtual void set_param(QString key, QVariant value) = 0;

@@ -17,6 +17,7 @@ public:
     int mi; ///< minor part, -1 if absent
     int pa; ///< patch part, -1 if absent
 
+    /// A version of these parts; those that are not given are absent.
     // NOLINTNEXTLINE(google-explicit-constructor): a bare number is a version of one part
     constexpr VersionInfo(int majorPart = -1, int minorPart = -1, int patchPart = -1)
         : ma(majorPart), mi(minorPart), pa(patchPart)
@@ -75,12 +76,15 @@ public:
         return text + QStringLiteral(".%1").arg(pa);
     }
 
-    // The order is lexicographic, so an absent part ranks below 0: 2.7 is less than 2.7.0.
+    /// Whether all parts are the same. The order of versions is lexicographic, so an absent part
+    /// ranks below 0: 2.7 is less than 2.7.0.
     constexpr bool operator==(const VersionInfo& other) const
     {
         return ma == other.ma && mi == other.mi && pa == other.pa;
     }
+    /// Whether any part differs.
     constexpr bool operator!=(const VersionInfo& other) const { return !(*this == other); }
+    /// Whether this version comes after @p other.
     constexpr bool operator>(const VersionInfo& other) const
     {
         if (ma != other.ma)
@@ -89,15 +93,21 @@ public:
             return mi > other.mi;
         return pa > other.pa;
     }
+    /// Whether this version comes after @p other or is the same.
     constexpr bool operator>=(const VersionInfo& other) const
     {
         return *this > other || *this == other;
     }
+    /// Whether this version comes before @p other.
     constexpr bool operator<(const VersionInfo& other) const { return !(*this >= other); }
+    /// Whether this version comes before @p other or is the same.
     constexpr bool operator<=(const VersionInfo& other) const { return !(*this > other); }
 
+    /// The major part, -1 if absent.
     constexpr int major() const { return ma; }
+    /// The minor part, -1 if absent.
     constexpr int minor() const { return mi; }
+    /// The patch part, -1 if absent.
     constexpr int patch() const { return pa; }
 };
 
