@@ -26,13 +26,18 @@ public:
     /// Replaces the content, cut to the buffer's size.
     void set(const char* text) { std::strncpy(m_text, text, Size); }
 
+    /// The content, terminated; good until the buffer changes.
     const char* text() const { return m_text; }
+    /// Whether the content is @p text, to the byte.
     bool equals(const char* text) const { return std::strcmp(m_text, text) == 0; }
+    /// Whether the content begins with @p prefix.
     bool startsWith(const char* prefix) const
     {
         return std::strncmp(m_text, prefix, std::strlen(prefix)) == 0;
     }
+    /// The content, read as Latin-1.
     QString latin1() const { return QString::fromLatin1(m_text); }
+    /// The content, read as UTF-8.
     QString utf8() const { return QString::fromUtf8(m_text); }
 
 private:

@@ -92,7 +92,7 @@ void ZanController::queryModel(const QByteArray& suffix)
             0)
             reply.set("ZAN");
     } else {
-        // Older backends know no model of a slave: its record holds the master's, on purpose.
+        // Controllers of older backends know no model of a slave: its record holds the master's.
         if (iom->get_int(&systemmodel, "system model") != 0)
             systemmodel = -1;
         if (iom->get_string(reply.forReply(), "system model_description") != 0)

@@ -24,6 +24,7 @@ public:
     /// @param beVers backend's versions, not owned
     /// @param sIp    address of a slave, empty for the master
     ZanController(IOManager* iom, BackendVersions* beVers, QString sIp, bool bSlave);
+    /// Copies as the assignment does.
     ZanController(const ZanController& other);
     /// Copies everything but the running position, which belongs to one walk over one record.
     ZanController& operator=(const ZanController& other);
@@ -39,19 +40,34 @@ public:
     /// Reduces what stood behind the version to the form -beta.3.
     void simplyfyPreReleaseAppendix(QString& s);
 
+    /// Ct as reported, up to the first blank; v0.0.0 if it cannot be asked.
     const QString& getVersionStringController() const { return sVerCt; }
+    /// Ct, the version of the controller's own software.
     const VersionInfo& getVersionController() const { return verCt; }
+    /// Pt as a bare version, without what stands behind it.
     const QString& getVersionStringLumasolver() const { return sVerPt; }
+    /// Pt, the version of the tracking software.
     const VersionInfo& getVersionLumasolver() const { return verPt; }
+    /// Empty if it cannot be asked.
     const QString& hostname() const { return sHostname; }
+    /// Address of a slave, by which the master is told whom a command concerns; empty for the
+    /// master.
     const QString& ip() const { return sIp; }
+    /// Whether it is reached through the master.
     bool isSlave() const { return bSlave; }
+    /// What marks the running Pt as a pre-release, in the form -beta.3; empty for a release.
     const QString& getPreReleaseAppendix() const { return sPreReleaseAppendix; }
+    /// Model number; 0 if it cannot be asked, -1 on an older backend that does not tell it.
     int getSystemModel() const { return systemmodel; }
+    /// Model text without its quotation marks.
     const QString& getSystemModelDesc() const { return sSystemModelDesc; }
+    /// 0 if it cannot be asked, or on a backend that knows no cascades.
     int getControllerSerial() const { return iControllerSerial; }
+    /// Text without its quotation marks; none for slaves and if it cannot be asked.
     const QString& getMainboardDesc() const { return sMainboardDesc; }
+    /// Whether rows are made for it; means something only once the inventory has compared it.
     bool getNeedUpdate() const { return bNeedUpdate; }
+    /// Keeps the inventory's verdict.
     void setNeedUpdate(bool needUpdate) { bNeedUpdate = needUpdate; }
 
 private:

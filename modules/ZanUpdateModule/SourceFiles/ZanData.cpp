@@ -1,8 +1,7 @@
 #include "ZanData.h"
 
+#include "filenames.h"
 #include "littleendianreader.h"
-
-#include <QFileInfo>
 
 ZanData::ZanData(const QString& fileName) : sFileName(fileName)
 {
@@ -24,7 +23,7 @@ FILE* ZanData::getUpdateBlockInFile(int i) const
 {
     const ZanUpdateBlock* block = getUpdateBlock(i);
     FILE* stream = block ? openForReading(sFileName) : nullptr;
-    // A failed seek is not looked at, on purpose: the start of the file holds no block magic.
+    // A failed seek cannot harm a controller: the start of the file holds no block magic.
     if (stream)
         (void)std::fseek(stream, block->offset, SEEK_SET);
     return stream;
@@ -207,22 +206,7 @@ QString ZanData::getPreReleaseAppendix(int type, int number)
     }
 }
 
-// The version at the start of a text: its digits and dots up to the first letter.
-static QString leadingVersion(const QString& text)
-{
-    QString version;
-    for (const QChar character : text) {
-        if (character.isLetter())
-            break;
-        if (character.isNumber() || character == QLatin1Char('.'))
-            version += character;
-    }
-    return version;
-}
-
 QString ZanData::getPreReleaseAppendixFromFilename(const QString& path)
 {
-    QString text = QFileInfo(path).completeBaseName();
-    text = text.section(QLatin1Char('v'), 1, 1).section(QLatin1Char('_'), 0, 0);
-    return text.remove(leadingVersion(text));
+    return preReleaseOfFileName(path);
 }

@@ -14,6 +14,7 @@ class LittleEndianReader;
 /// One entry of an image's block table.
 struct ZanUpdateBlock
 {
+    /// ZAN_UPDATE_NOTDEFINED for a type that the module does not know
     ZAN_UPDATE_TYPE type = ZAN_UPDATE_NOTDEFINED;
     int offset = 0;     ///< position of the block's first byte in the file; may be nonsense
     int length = 0;     ///< as read; no decision depends on it
@@ -33,9 +34,11 @@ public:
     ZanData(const ZanData&) = delete;
     ZanData& operator=(const ZanData&) = delete;
 
+    /// Full path of the file, as given.
     const QString& fileName() const { return sFileName; }
     /// Whether there is at least one block.
     bool isValid() const { return !blocks.isEmpty(); }
+    /// Length of the block table, blocks of unknown type included; 0 if the image is invalid.
     int getNumberOfUpdateBlocks() const { return blocks.size(); }
     /// Block @p i, valid as long as this object; null if there is none.
     const ZanUpdateBlock* getUpdateBlock(int i) const;
@@ -43,19 +46,32 @@ public:
     /// is no such block or the file cannot be opened.
     FILE* getUpdateBlockInFile(int i) const;
 
+    /// The release that the image belongs to.
     VersionInfo newVornix2Version() const { return newVX2Ver; }
+    /// Lowest Ct from which a controller can take the image.
     VersionInfo minCtVersion() const { return minCtVer; }
+    /// Ct of a controller that took the image.
     VersionInfo newCtVersion() const { return newCtVer; }
+    /// Lowest Pt from which a controller can take the image.
     VersionInfo minPtVersion() const { return minPtVer; }
+    /// Upper limit of the last firmware block; 0.2.0 without one.
     VersionInfo maxPtVersion() const { return maxPtVer; }
+    /// Pt of a controller that took the image.
     VersionInfo newPtVersion() const { return newPtVer; }
+    /// Pre-release mark such as -beta.3, from the dated head or else from the file's name; empty
+    /// for a release.
     QString getPreReleaseAppendix() const { return sPreReleaseAppendix; }
+    /// 0 or 21, by the magic; -1 for another one; 0 if the file cannot be read.
     int getSystemModel() const { return systemModel; }
+    /// ZAN or BRIARSCOPE3, by the magic; UNKNOWN for another one; ZAN if the file cannot be read.
     QString getSystemModelDesc() const { return systemModelDesc; }
     /// Whether the image fits a controller that reports the model number @p model.
     bool canUpdateSystemModel(int model) const;
+    /// Whether the head has dates and could be read up to them.
     bool hasReleaseDates() const { return m_hasReleaseDates; }
+    /// In the form 2025-03-14, digits as in the file; empty without dates.
     const QString& getReleaseDate() const { return m_releaseDate; }
+    /// Date of the minor release, in the same form; empty without dates.
     const QString& getReleaseMinorDate() const { return m_releaseMinorDate; }
 
 private:

@@ -3,17 +3,20 @@
 #include "ZanController.h"
 #include "ZanData.h"
 #include "ZanDisplay.h"
+#include "blockstream.h"
+#include "cameraimagestream.h"
 #include "camfilereader.h"
 #include "camupdatedata.h"
 #include "globaldefines.h"
 #include "hostlog.h"
-#include "imageblockreader.h"
 #include "littleendianreader.h"
 #include "newfeaturedialog.h"
-#include "replybuffer.h"
+#include "preferencesfile.h"
+#include "runexchange.h"
 #include "searchhardwaredlg.h"
+#include "selectedrows.h"
 #include "sixbitencoding.h"
-#include "supportedcontrollers.h"
+#include "updateprogress.h"
 #include "zanmoduleserver.h"
 #include "zanupdatemessagereceiver.h"
 
@@ -21,14 +24,12 @@
 #include <IOManager>
 
 #include <QDir>
-#include <QDomDocument>
 #include <QFile>
 #include <QGridLayout>
 #include <QKeyEvent>
 #include <QScopedValueRollback>
 #include <QShortcut>
 #include <QSpacerItem>
-#include <QTextStream>
 #include <QThread>
 #include <QTimer>
 
@@ -172,7 +173,7 @@ void ZanUpdateModule2GSettingsdlg::on_pushButton_exit_clicked()
 
 void ZanUpdateModule2GSettingsdlg::keyPressEvent(QKeyEvent* event)
 {
-    // The hidden key works whether or not the button is enabled, on purpose.
+    // The operators' hidden key works whether or not the button is enabled.
     if (event->key() == Qt::Key_F3)
         on_pushButton_update_clicked();
     else
@@ -195,54 +196,18 @@ void ZanUpdateModule2GSettingsdlg::showWhatInDialog(const QString& text)
     ui.label_what->setText(text);
 }
 
-// ---- Preferences file, described in docs/formats.md
-
-static const char* const PREFERENCES_ROOT = "VORNIX";
-static const char* const WHATS_NEW_TAG = "WHATISNEW";
-static const char* const SHOW_AT_START = "SHOW_AT_START";
-// Many times what is ever written; a longer file may nest its elements deeper than the stack.
-static constexpr qint64 MAX_PREFERENCES_BYTES = 16384;
-
-QString ZanUpdateModule2GSettingsdlg::preferencesFile() const
-{
-    return sConfigDir + QLatin1String("/zanupdate-preferences.xml");
-}
-
-// @return what the log says of a file that cannot be used; empty if it can
-static QString readPreferences(QFile* file, QDomDocument* xml)
-{
-    if (!file->open(QIODevice::ReadOnly))
-        return QStringLiteral("Error: Loading ZANupdate preferences. File %1 cannot be opened for "
-                              "reading. Using built-in values")
-            .arg(file->fileName());
-    const QString text = QString::fromUtf8(file->read(MAX_PREFERENCES_BYTES));
-    // Entities let a short text grow without bounds, so one that declares any is not even parsed.
-    const bool isSafe = !text.contains(QLatin1String("<!ENTITY"));
-    QString errorMsg;
-    int errorLine = 0;
-    int errorColumn = 0;
-    if (isSafe && !xml->setContent(text, false, &errorMsg, &errorLine, &errorColumn))
-        return QStringLiteral("Error: Loading ZANupdate preferences while parsing %1 (Line %2, "
-                              "Column %3) :\n%4. Using built-in values")
-            .arg(file->fileName(), QString::number(errorLine), QString::number(errorColumn),
-                 errorMsg);
-    if (xml->documentElement().tagName() != QLatin1String(PREFERENCES_ROOT))
-        return QStringLiteral("Error: Loading ZANupdate preferences while parsing %1 : The file "
-                              "doesn't look like a valid preferences file. Using built-in values")
-            .arg(file->fileName());
-    return QString();
-}
+// ---- Preferences file
 
 void ZanUpdateModule2GSettingsdlg::loadSettings()
 {
-    QFile file(preferencesFile());
-    if (!file.exists()) {
+    const QString file = preferencesFile(sConfigDir);
+    if (!QFile::exists(file)) {
         // The ordinary first start of this version of the plug-in.
         bShowNewFeatures = true;
         return;
     }
-    QDomDocument xml;
-    const QString complaint = readPreferences(&file, &xml);
+    QString complaint;
+    const QDomDocument xml = readPreferences(file, &complaint);
     if (!complaint.isEmpty()) {
         logToHost(iom, complaint);
         return;
@@ -254,44 +219,15 @@ void ZanUpdateModule2GSettingsdlg::loadSettings()
 
 void ZanUpdateModule2GSettingsdlg::readSettings(const QDomElement& element)
 {
-    if (element.isNull() || element.tagName() != QLatin1String(WHATS_NEW_TAG))
-        return;
-    bShowNewFeatures =
-        element.attribute(SHOW_AT_START, QStringLiteral("false")) == QLatin1String("true");
-}
-
-static QDomDocument preferencesDocument(bool showAtStart)
-{
-    QDomDocument xml;
-    xml.appendChild(xml.createProcessingInstruction(
-        QStringLiteral("xml"), QStringLiteral("version=\"1.0\" encoding=\"UTF-8\"")));
-    QDomElement root = xml.createElement(PREFERENCES_ROOT);
-    xml.appendChild(root);
-    QDomElement elemFile = xml.createElement(WHATS_NEW_TAG);
-    if (showAtStart)
-        elemFile.setAttribute(SHOW_AT_START, QStringLiteral("true"));
-    root.appendChild(elemFile);
-    return xml;
+    if (isWhatsNewSetting(element))
+        bShowNewFeatures = isShownAtStart(element);
 }
 
 void ZanUpdateModule2GSettingsdlg::saveSettingsToXml()
 {
-    const QDir dir(sConfigDir);
-    if (!dir.exists() && !dir.mkpath(dir.path())) {
-        logToHost(iom, QStringLiteral("Error: Writing ZANupdate preferences. Directory %1 doesn't "
-                                      "exist and cannot be created")
-                           .arg(dir.path()));
-        return;
-    }
-    QFile file(preferencesFile());
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Text)) {
-        logToHost(iom, QStringLiteral("Error: Writing ZANupdate preferences. File %1 cannot be "
-                                      "opened for writing")
-                           .arg(file.fileName()));
-        return;
-    }
-    QTextStream ts(&file);
-    preferencesDocument(bShowNewFeatures).save(ts, 4, QDomNode::EncodingFromDocument);
+    const QString complaint = writePreferences(sConfigDir, bShowNewFeatures);
+    if (!complaint.isEmpty())
+        logToHost(iom, complaint);
 }
 
 // ---- Table of updates
@@ -386,18 +322,9 @@ bool ZanUpdateModule2GSettingsdlg::isCascade() const
     return server()->listZanController.size() > 1;
 }
 
-// Looks at the rows, greyed ones included, and not at the list of controllers.
 bool ZanUpdateModule2GSettingsdlg::isCascadeOnlyPartlySelected() const
 {
-    const QList<ZanDisplay*>& rows = server()->listZanDisplay;
-    const bool bIsCascade = std::any_of(rows.begin(), rows.end(), [](const ZanDisplay* row) {
-        return row->controller() && row->controller()->isSlave();
-    });
-    if (!bIsCascade)
-        return false;
-    const auto iCountToBeUpdated = std::count_if(
-        rows.begin(), rows.end(), [](const ZanDisplay* row) { return row->toBeUpdated(); });
-    return iCountToBeUpdated > 0 && iCountToBeUpdated < rows.size();
+    return isPartOfCascade(server()->listZanDisplay);
 }
 
 void ZanUpdateModule2GSettingsdlg::on_tableWidget_cellClicked(int row, int col)
@@ -467,75 +394,30 @@ bool ZanUpdateModule2GSettingsdlg::passesChecks()
         return false;
     }
     // A quit of the application ends the box without an answer, which is no consent.
-    if (warnInstallNewFirmware(server()) != QMessageBox::Yes || !stopMeasurement())
+    if (warnInstallNewFirmware(server()) != QMessageBox::Yes || !stopMeasurement(iom))
         return false;
-    askForWolSlaves();
+    m_bIsWolSlavesActive = areSlavesWoken(iom);
     return true;
 }
 
 bool ZanUpdateModule2GSettingsdlg::zan_is_supported(QList<ZanController*>* discontinuedZan)
 {
-    discontinuedZan->clear();
-    for (const ZanDisplay* row : qAsConst(server()->listZanDisplay)) {
-        if (!row->toBeUpdated() || row->type() == CAMERA_UPDATE)
-            continue;
-        if (row->controller() && isDiscontinued(*row->controller()))
-            discontinuedZan->append(row->controller());
-    }
+    *discontinuedZan = discontinuedControllers(server()->listZanDisplay);
     return discontinuedZan->isEmpty();
 }
 
 // The hardware is asked for but compared with nothing at present, so nothing is refused here.
 bool ZanUpdateModule2GSettingsdlg::is_update_possible()
 {
-    if (!protocolAtLeast(beVers, PROTOCOL_HARDWARE_LIST))
-        return true;
-    int iCount = 0;
-    if (iom->get_int(&iCount, "system extra number_of_hardware") != 0)
-        iCount = 0;
-    for (int i = 1; i <= std::min(iCount, MAX_HARDWARE_ENTRIES); ++i) {
-        ReplyBuffer<> r;
-        if (iom->get_string(r.forReply(), "system extra hardware h%d", i) != 0)
-            break;
-    }
+    askForHardware(iom, beVers);
     return true;
 }
-
-struct ZanUpdateModule2GSettingsdlg::SelectedVersions
-{
-    VersionInfo version_cur = VersionInfo(99, 9, 9);
-    VersionInfo version_new = VersionInfo(0, 0, 0);
-    int iNumZanForUpdate = 0;
-
-    void add(const ZanDisplay& row)
-    {
-        if (row.controller()) {
-            version_cur = std::min(version_cur, row.controller()->getVersionLumasolver());
-            ++iNumZanForUpdate;
-        }
-        if (!row.update())
-            return;
-        // Measured against the lowest version seen so far, so the order of the rows counts.
-        const VersionInfo offered = row.update()->newPtVersion();
-        if (version_cur.major() < offered.major())
-            version_new = std::max(version_new, offered);
-    }
-
-    bool crosses(const VersionInfo& border) const
-    {
-        return version_cur < border && version_new >= border;
-    }
-};
 
 int ZanUpdateModule2GSettingsdlg::warnInstallNewFirmware(ZanModuleServer* srv)
 {
     m_bShowWarningv2xxv3xx = false;
-    SelectedVersions versions;
-    for (const ZanDisplay* row : qAsConst(srv->listZanDisplay)) {
-        if (row->toBeUpdated() && row->type() != CAMERA_UPDATE)
-            versions.add(*row);
-    }
-    return versions.iNumZanForUpdate == 0 ? confirmCameras() : confirmControllers(versions);
+    const SelectedVersions versions = SelectedVersions::of(srv->listZanDisplay);
+    return versions.controllerRows == 0 ? confirmCameras() : confirmControllers(versions);
 }
 
 static void askYesOrNo(QMessageBox* box)
@@ -615,40 +497,13 @@ int ZanUpdateModule2GSettingsdlg::warnInstallNewFirmware_3xx_4xx(QStringList* /*
     return 0;
 }
 
-bool ZanUpdateModule2GSettingsdlg::stopMeasurement()
-{
-    ReplyBuffer<LONG_TEXT_BYTES> res;
-    // The result is not looked at, on purpose: an empty text leads to no stop command.
-    (void)iom->get_string(res.forReply(), "status active");
-    if (!res.equals("mea"))
-        return true;
-    ReplyBuffer<LONG_TEXT_BYTES> result;
-    (void)iom->send_command(result.forReply(), "vornix2 tracking stop");
-    if (result.equals("vornix2 ok"))
-        return true;
-    logToHost(iom, QStringLiteral("measurement stop unsuccessful"));
-    return false;
-}
-
-void ZanUpdateModule2GSettingsdlg::askForWolSlaves()
-{
-    ReplyBuffer<LONG_TEXT_BYTES> res;
-    if (iom->get_string(res.forReply(), "cascade wol_slaves") != 0)
-        res.set("no");
-    m_bIsWolSlavesActive = res.equals("yes");
-}
-
 // ---- Run
 
-// Why a row failed; the results of a run add up.
-enum RunResult : int
+// Why a controller's row failed; the results of a run add up.
+enum RowFailure : int
 {
     BLOCK_FAILED = -33,
     NO_REDIRECTION = -44,
-    CAMERA_RECORD_NOT_SENT = -200,
-    CAMERA_LAST_REPLY_MISSING = -222,
-    CAMERA_REFUSES_UPDATE = -300,
-    CAMERA_ERROR_REPLY = -333,
 };
 
 bool ZanUpdateModule2GSettingsdlg::confirmStart()
@@ -695,35 +550,8 @@ void ZanUpdateModule2GSettingsdlg::startUpdate()
 
 void ZanUpdateModule2GSettingsdlg::calcBlocksToUpdate(ZanModuleServer* zanMServ)
 {
-    nBlocksMustUpdate = 0;
+    nBlocksMustUpdate = countedBlocks(zanMServ->listZanDisplay, beVers);
     indexBlocksMustUpdate = 0;
-    for (const ZanDisplay* display : qAsConst(zanMServ->listZanDisplay)) {
-        if (isCounted(*display))
-            nBlocksMustUpdate += display->updateIndexes().size();
-    }
-}
-
-// The run itself has no such test of a slave, on purpose; the percentage is capped if one runs.
-bool ZanUpdateModule2GSettingsdlg::isCounted(const ZanDisplay& display) const
-{
-    if (!display.toBeUpdated() || !display.updatePossible())
-        return false;
-    const ZanController* controller = display.controller();
-    if (!controller || !controller->isSlave())
-        return true;
-    return protocolAtLeast(beVers, PROTOCOL_CASCADE) && !controller->ip().isEmpty();
-}
-
-static QString whatIsUpdated(ZAN_UPDATE_TYPE type, const QString& hostname)
-{
-    switch (type) {
-    case ZAN_FIRMWARE_UPDATE:
-        return QStringLiteral("Updating firmware (%1)").arg(hostname);
-    case ZAN_SYSTEM_UPDATE:
-        return QStringLiteral("Updating system (%1)").arg(hostname);
-    default:
-        return QString();
-    }
 }
 
 int ZanUpdateModule2GSettingsdlg::do_zan_update(ZanDisplay* display)
@@ -731,7 +559,7 @@ int ZanUpdateModule2GSettingsdlg::do_zan_update(ZanDisplay* display)
     showMessageInDialog(QString(), 1);
     for (const int blockIndex : display->updateIndexes()) {
         const ZAN_UPDATE_TYPE type = display->update()->getUpdateBlock(blockIndex)->type;
-        showWhatInDialog(whatIsUpdated(type, display->controller()->hostname()));
+        showWhatInDialog(blockTitle(type, display->controller()->hostname()));
         if (!display->controller()->setupRedirection())
             return NO_REDIRECTION;
         if (do_update_img_data(display->update(), blockIndex, indexBlocksMustUpdate) < 0) {
@@ -754,98 +582,29 @@ int ZanUpdateModule2GSettingsdlg::do_update_img_data(ZanData* update, int index,
     FILE* stream = update->getUpdateBlockInFile(index);
     if (!stream)
         return -1;
-    const BlockOutcome outcome = streamBlock(stream, *update, index, ith);
-    // Only a failure closes the stream; after a success it stays open, on purpose.
+    const BlockOutcome outcome = streamUpdateBlock(stream, *update, index, ith);
+    // Only a failure closes the stream. After a success it stays open, as controllers' images
+    // always did.
     if (outcome.result != 0) {
         std::fclose(stream);
-        showMessageInDialog(outcome.message, outcome.progress);
+        showMessageInDialog(outcome.message, outcome.record == 0 ? 1 : iValProgressBar);
     }
     return outcome.result;
 }
 
-static QString blockReadMessage(BlockRead failure, const QString& file)
-{
-    return (failure == BlockRead::CannotRead ? QStringLiteral("cannot read file ")
-                                             : QStringLiteral("no software update file ")) +
-           file;
-}
-
-static int blockReadResult(BlockRead failure)
-{
-    return failure == BlockRead::CannotRead ? -3 : -4;
-}
-
-ZanUpdateModule2GSettingsdlg::BlockOutcome
-ZanUpdateModule2GSettingsdlg::streamBlock(FILE* stream, const ZanData& update, int index, int ith)
+BlockOutcome ZanUpdateModule2GSettingsdlg::streamUpdateBlock(FILE* stream, const ZanData& update,
+                                                             int index, int ith)
 {
     LittleEndianReader reader(stream, LittleEndianReader::LargeChunk);
-    ImageBlockHead head;
-    const BlockRead read = readImageBlockHead(reader, update.getSystemModel(), &head);
-    if (read != BlockRead::Ok)
-        return {blockReadResult(read), blockReadMessage(read, update.fileName()), 1};
-    iValProgressBar = 0;
-    return streamRecords(reader, head, update, index, ith);
-}
-
-struct ZanUpdateModule2GSettingsdlg::BlockCommand
-{
-    const char* word;
-    int lastReplyTimeoutMs;
-
-    static BlockCommand of(ZAN_UPDATE_TYPE type)
-    {
-        switch (type) {
-        case ZAN_FIRMWARE_UPDATE:
-            return {"update", 20000};
-        case ZAN_SYSTEM_UPDATE:
-            return {"ctupdt", 120000};
-        default:
-            return {"", 20000};
-        }
-    }
-};
-
-ZanUpdateModule2GSettingsdlg::BlockOutcome
-ZanUpdateModule2GSettingsdlg::streamRecords(LittleEndianReader& reader, const ImageBlockHead& head,
-                                            const ZanData& update, int index, int ith)
-{
-    const BlockCommand command = BlockCommand::of(update.getUpdateBlock(index)->type);
-    UpdateRecord dat;
-    char cmd[LONG_TEXT_BYTES];
-    for (int sent = 0; sent < head.recordCount; ++sent) {
-        const BlockPosition position = {sent + 1, head.recordCount, index, ith};
-        if (sent % 1000 == 0 || position.icmd == position.ncmd)
-            showBlockProgress(position);
-        const BlockRead read = readImageRecord(reader, head.maxRecordLength, &dat);
-        if (read != BlockRead::Ok) {
-            iValProgressBar = std::max(iValProgressBar, 1);
-            return {blockReadResult(read), blockReadMessage(read, update.fileName()),
-                    iValProgressBar};
-        }
-        _dat2ascii(cmd, dat.data, dat.length);
-        BlockOutcome outcome = sendRecord(command, position, cmd);
-        if (outcome.result != 0)
-            return outcome;
-    }
-    return {};
-}
-
-// Only the last record of a block waits for the controller's final answer.
-ZanUpdateModule2GSettingsdlg::BlockOutcome
-ZanUpdateModule2GSettingsdlg::sendRecord(const BlockCommand& command, const BlockPosition& position,
-                                         const char* cmd)
-{
-    const bool isLast = position.icmd == position.ncmd;
-    if (isLast)
-        iom->prepare_reply(1, command.lastReplyTimeoutMs, 1);
-    int failed =
-        iom->set_value("system %s %d %d %s", command.word, position.ncmd, position.icmd, cmd);
-    if (isLast)
-        failed = iom->poll_reply(3);
-    if (failed == 0)
-        return {};
-    return {-1, QStringLiteral("Update not successful! Error code: %1").arg(isLast ? 2 : 1),
-            iValProgressBar};
+    return streamBlock(
+        reader, iom,
+        {update.fileName(), update.getSystemModel(), update.getUpdateBlock(index)->type},
+        [&](const RecordPlace& place) {
+            if (place.record == 0)
+                iValProgressBar = 0;
+            else
+                showBlockProgress({place.record, place.records, index, ith, nBlocksMustUpdate});
+        });
 }
 
 int ZanUpdateModule2GSettingsdlg::_dat2ascii(char* str, const unsigned char* dat, int ndat)
@@ -866,7 +625,7 @@ int ZanUpdateModule2GSettingsdlg::do_cam_update(ZanDisplay* display)
 {
     if (!display->toBeUpdated())
         return 0;
-    showWhatInDialog(QStringLiteral("Updating cameras")); // replaced at once, on purpose
+    showWhatInDialog(QStringLiteral("Updating cameras"));
     showWhatInDialog(QStringLiteral("Updating camera %1 %2")
                          .arg(display->getCamModelDesc(), display->getCamSerial()));
     const CamUpdateData& file = *display->getCamUpdate();
@@ -874,17 +633,9 @@ int ZanUpdateModule2GSettingsdlg::do_cam_update(ZanDisplay* display)
                                     file.getDurationLastCmdSec());
     if (err == 0)
         showMessageInDialog(QStringLiteral("Update of camera successful"), 100);
-    else if (err == CAMERA_REFUSES_UPDATE) // a full bar also on this failure
+    else if (err == CAMERA_REFUSES_UPDATE) // operators know a full bar on this failure, too
         showMessageInDialog(QStringLiteral("Update of camera was not successful"), 100);
     return err;
-}
-
-static int readCamFileUpToImages(FILE* stream, int* imageCount)
-{
-    LittleEndianReader reader(stream);
-    CamFileHead head;
-    const int code = readCamFileHead(reader, &head);
-    return code != 0 ? code : readCamImageTable(reader, imageCount);
 }
 
 int ZanUpdateModule2GSettingsdlg::readCamFileInfo(bool bUpdate, int iCam, const QString& sFileName,
@@ -901,143 +652,50 @@ int ZanUpdateModule2GSettingsdlg::readCamFileInfo(bool bUpdate, int iCam, const 
     if (code == 0)
         return 0;
 
-    if (isHeadRead)
-        showMessageInDialog(QStringLiteral("update not successful ") + sFileName, 1);
-    else if (code == CAM_FILE_WRONG_MAGIC)
-        showMessageInDialog(QStringLiteral("no software update file ") + sFileName, 1);
-    else
-        showMessageInDialog(QStringLiteral("cannot read file ") + sFileName, 1);
+    showMessageInDialog(cameraFileMessage(code, isHeadRead) + sFileName, 1);
     return code;
-}
-
-static QString cameraImageMessage(int code)
-{
-    switch (code) {
-    case CAMERA_LAST_REPLY_MISSING:
-        return QStringLiteral("Update not successful!");
-    case CAMERA_REFUSES_UPDATE:
-        return QStringLiteral("camera update failed");
-    case CAMERA_ERROR_REPLY:
-        return QStringLiteral("update failed");
-    default:
-        return QStringLiteral("cannot read file");
-    }
 }
 
 int ZanUpdateModule2GSettingsdlg::readCameraUpdateInfo(FILE* fp, bool bUpdate, int iCam,
                                                        double durationLastCmdSec)
 {
-    quint32 num_update_data = 0;
     LittleEndianReader reader(fp, LittleEndianReader::LargeChunk);
-    int code = readCamImageHead(reader, &num_update_data);
-    if (code == 0) {
-        iValProgressBar = 0;
-        showMessageInDialog(QString(), 0);
-        startProgressTimer(static_cast<int>(num_update_data), 0.00027, durationLastCmdSec);
-        code = sendCameraRecords(reader, bUpdate, iCam, num_update_data, durationLastCmdSec);
-        stopProgressTimer();
-    }
-    if (code != 0)
-        showMessageInDialog(cameraImageMessage(code), 1);
-    return code;
+    const CameraImageOutcome outcome = streamCameraImage(
+        reader, iom, {iCam, bUpdate, durationLastCmdSec}, [&](quint32 record, quint32 records) {
+            if (record == 0)
+                beginCameraImage(records, durationLastCmdSec);
+            else
+                showCameraRecord(record);
+        });
+    stopProgressTimer();
+    if (outcome.code != 0)
+        showMessageInDialog(outcome.message, 1);
+    return outcome.code;
 }
 
-int ZanUpdateModule2GSettingsdlg::sendCameraRecords(LittleEndianReader& reader, bool bUpdate,
-                                                    int iCam, quint32 num_update_data,
-                                                    double durationLastCmdSec)
+void ZanUpdateModule2GSettingsdlg::beginCameraImage(quint32 records, double durationLastCmdSec)
 {
-    UpdateRecord dat;
-    char cmd[LONG_TEXT_BYTES];
-    for (quint32 done = 0; done < num_update_data; ++done) {
-        const quint32 i = done + 1;
-        setProgressTimerSteps(static_cast<int>(i));
-        QCoreApplication::processEvents();
-        int code = readCamRecord(reader, &dat);
-        if (code != 0)
-            return code;
-        _dat2ascii(cmd, dat.data, dat.length);
-        if (!bUpdate)
-            continue;
-        const QString sCmd = QStringLiteral("vornix2 set camera update c%1 %2 %3 %4")
-                                 .arg(iCam + 1, 2, 10, QLatin1Char('0'))
-                                 .arg(num_update_data)
-                                 .arg(i)
-                                 .arg(QLatin1String(cmd));
-        code = sendCameraCommand(sCmd, i == num_update_data, durationLastCmdSec);
-        if (code != 0)
-            return code;
-    }
-    return 0;
+    static constexpr double SECONDS_PER_RECORD = 0.00027;
+    iValProgressBar = 0;
+    showMessageInDialog(QString(), 0);
+    startProgressTimer(static_cast<int>(records), SECONDS_PER_RECORD, durationLastCmdSec);
 }
 
-// The reply is looked at after every record, but never for a positive confirmation.
-static int cameraReplyCode(const ReplyBuffer<>& res)
+void ZanUpdateModule2GSettingsdlg::showCameraRecord(quint32 record)
 {
-    if (!res.startsWith("vornix2 err"))
-        return 0;
-    const QString text = res.latin1().remove(QLatin1Char('"'));
-    return text.startsWith(QLatin1String("vornix2 err -26")) ? CAMERA_REFUSES_UPDATE
-                                                             : CAMERA_ERROR_REPLY;
-}
-
-int ZanUpdateModule2GSettingsdlg::sendCameraCommand(const QString& sCmd, bool isLast,
-                                                    double durationLastCmdSec)
-{
-    static constexpr double GRACE_SECONDS = 10.0;
-    ReplyBuffer<> res;
-    if (isLast)
-        iom->prepare_reply(1, static_cast<int>(GRACE_SECONDS + durationLastCmdSec) * 1000, 1);
-    const int failed = iom->send_command(res.forReply(), "%s", sCmd.toLatin1().constData());
-    if (isLast && iom->poll_reply(3) != 0)
-        return CAMERA_LAST_REPLY_MISSING;
-    if (!isLast && failed != 0)
-        return CAMERA_RECORD_NOT_SENT;
-    return cameraReplyCode(res);
+    setProgressTimerSteps(static_cast<int>(record));
+    QCoreApplication::processEvents();
 }
 
 // ---- Progress and remaining time
 
-// During a run the bar shows neither an empty nor a full state.
-static int shownPercentage(double percentage)
+void ZanUpdateModule2GSettingsdlg::showBlockProgress(const RunPosition& position)
 {
-    if (percentage >= 98.0)
-        return 98;
-    return percentage >= 1.0 ? static_cast<int>(percentage) : 1;
-}
-
-void ZanUpdateModule2GSettingsdlg::showBlockProgress(const BlockPosition& position)
-{
-    static constexpr int lastStepSeconds = 12;
-    static constexpr int cmdsPerSecond = 2750;
-    static constexpr int cmdsPerFile = 80000;
-    static constexpr int secondsPerFurtherBlock = cmdsPerFile / cmdsPerSecond + lastStepSeconds;
-
-    const int done = position.icmd - 1;
-    const float f = 100.0F / static_cast<float>(nBlocksMustUpdate);
-    const float share =
-        std::min((static_cast<float>(done) + 1.0F) / static_cast<float>(position.ncmd), 1.0F);
-    iValProgressBar =
-        shownPercentage(static_cast<double>(f * (static_cast<float>(position.ith) + share)));
-
-    // The last record of the run keeps the previous estimate. The comparison is with the block's
-    // index in its image and not with its place in the run, on purpose.
-    const bool isKept = position.icmd == position.ncmd && nBlocksMustUpdate == position.index + 1;
-    if (nBlocksMustUpdate > 0 && !isKept) {
-        nUpdateRemainingSeconds = (nBlocksMustUpdate - position.ith - 1) * secondsPerFurtherBlock +
-                                  (position.ncmd - done) / cmdsPerSecond + lastStepSeconds;
-    }
+    const Progress progress = blockProgress(position, nUpdateRemainingSeconds);
+    iValProgressBar = progress.percentage;
+    nUpdateRemainingSeconds = progress.seconds;
     updateRemainingTimeString();
     QCoreApplication::processEvents();
-}
-
-static QString remainingTimeText(int seconds)
-{
-    if (seconds <= 0)
-        return QString();
-    QString text = QStringLiteral("Estimated remaining time: ");
-    if (seconds > 59)
-        text += QStringLiteral("%1 min ").arg(seconds / 60);
-    return text + QStringLiteral("%1 s").arg(seconds % 60);
 }
 
 void ZanUpdateModule2GSettingsdlg::updateRemainingTimeString()
@@ -1068,29 +726,18 @@ void ZanUpdateModule2GSettingsdlg::stopProgressTimer()
 
 void ZanUpdateModule2GSettingsdlg::doProgressTimer()
 {
-    double remainingSec = m_durationLastStepSec;
-    if (m_actNumSteps < m_numSteps) {
-        remainingSec += (m_numSteps - m_actNumSteps) * m_durationStepSec;
-    } else {
-        const auto now = std::chrono::steady_clock::now();
-        if (!m_isLastStep) {
-            m_isLastStep = true;
-            m_timLastStep = now;
-        }
-        remainingSec -= std::chrono::duration<double>(now - m_timLastStep).count();
+    const auto now = std::chrono::steady_clock::now();
+    if (m_actNumSteps >= m_numSteps && !m_isLastStep) {
+        m_isLastStep = true;
+        m_timLastStep = now;
     }
-    const double d = m_numSteps * m_durationStepSec + m_durationLastStepSec;
-    showMessageInDialog(remainingTimeText(static_cast<int>(remainingSec)),
-                        shownPercentage((1.0 - remainingSec / d) * 100.0));
+    const Progress progress =
+        timedProgress({m_numSteps, m_durationStepSec, m_durationLastStepSec, m_actNumSteps,
+                       std::chrono::duration<double>(now - m_timLastStep).count()});
+    showMessageInDialog(remainingTimeText(progress.seconds), progress.percentage);
 }
 
 // ---- Completion and restart
-
-// The bare name only, and not the family: a BRIARSCOPE3 restarts like any controller, on purpose.
-static bool isPlainBriarscope(const BackendVersions* beVers)
-{
-    return beVers->zanModel() == QLatin1String("BRIARSCOPE");
-}
 
 void ZanUpdateModule2GSettingsdlg::showMessageUpdateSuccessful(int err, bool bCascade,
                                                                ZanModuleServer* zanMServ)
@@ -1142,7 +789,7 @@ void ZanUpdateModule2GSettingsdlg::finishOnOldBackend(bool bCascade)
                              what + tr("Please restart the Controller.\n") +
                                  tr("VORNIX3 will be closed now."),
                              QMessageBox::Ok);
-    announceShutdown();
+    announceShutdown(iom);
     QCoreApplication::quit();
 }
 
@@ -1175,28 +822,19 @@ void ZanUpdateModule2GSettingsdlg::searchCamerasAgain(ZanModuleServer* zanMServ)
 {
     if (!zanMServ->needsSearchHardware())
         return;
-    // The cameras need this time before they can be found; nothing reacts meanwhile, on purpose.
+    // The cameras need this time before they can be found, and operators are to do nothing
+    // meanwhile.
     QThread::msleep(12000);
     SearchHardwareDlg search(nullptr, iom, QStringLiteral("cameraupdate"));
     if (search.update_and_exec() == QDialog::Accepted)
         logToHost(iom, QStringLiteral("search for new hardware done"));
 }
 
-void ZanUpdateModule2GSettingsdlg::announceShutdown()
-{
-    // The sender's spelling is the host's.
-    iom->post_message("Main_Window", "ZanUpateModule", 1, "AppReadyToShutdown");
-}
-
 // The order is fixed: the frontend hears of it before the controller goes.
 void ZanUpdateModule2GSettingsdlg::restart()
 {
-    announceShutdown();
-    ReplyBuffer<> result;
-    if (isPlainBriarscope(beVers))
-        (void)iom->send_command(result.forReply(), "vornix2 system shutdown");
-    else
-        (void)iom->send_command(result.forReply(), "vornix2 system reboot");
+    announceShutdown(iom);
+    restartControllers(iom, beVers);
     bShowNewFeatures = true;
     QCoreApplication::quit();
 }

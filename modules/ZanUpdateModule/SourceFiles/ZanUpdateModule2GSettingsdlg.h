@@ -13,7 +13,6 @@
 
 class BackendVersions;
 class IOManager;
-class LittleEndianReader;
 class NewFeatureDialog;
 class QDomElement;
 class QTimer;
@@ -22,8 +21,9 @@ class ZanData;
 class ZanDisplay;
 class ZanModuleServer;
 class ZanUpdateMessageReceiver;
-struct ImageBlockHead;
-struct UpdateRecord;
+struct BlockOutcome;
+struct RunPosition;
+struct SelectedVersions;
 
 /// The window "Controller and Camera Update": the table of possible updates, the run that carries
 /// them out, and the report after it.
@@ -67,25 +67,6 @@ private slots:
     void doProgressTimer();
 
 private:
-    /// Why the streaming of a block ended, and what the user is told.
-    struct BlockOutcome
-    {
-        int result = 0;
-        QString message;
-        int progress = 0;
-    };
-    /// How the records of a kind of block are sent.
-    struct BlockCommand;
-    /// A record's place in its block and the block's place in the run.
-    struct BlockPosition
-    {
-        int icmd;  ///< the record, counted from 1
-        int ncmd;  ///< records of the block
-        int index; ///< the block's index in the image
-        int ith;   ///< blocks of the run finished before it
-    };
-    /// Lowest version installed and highest offered among the selected rows.
-    struct SelectedVersions;
     /// Texts of the box that ends a successful run.
     struct CompletionTexts
     {
@@ -102,7 +83,6 @@ private:
     void loadSettings();
     void readSettings(const QDomElement& element);
     void saveSettingsToXml();
-    QString preferencesFile() const;
 
     // Table of updates
     void setupTablewidget();
@@ -124,31 +104,23 @@ private:
     int warnInstallNewFirmware_2xx_3xx(QStringList* w);
     int warnInstallNewFirmware_3xx_4xx(QStringList* w);
     bool passesChecks();
-    bool stopMeasurement();
-    void askForWolSlaves();
 
     // Run
     void startUpdate();
     bool confirmStart();
     void calcBlocksToUpdate(ZanModuleServer* zanMServ);
-    bool isCounted(const ZanDisplay& display) const;
     int do_zan_update(ZanDisplay* display);
     int do_update_img_data(ZanData* update, int index, int ith);
-    BlockOutcome streamBlock(FILE* stream, const ZanData& update, int index, int ith);
-    BlockOutcome streamRecords(LittleEndianReader& reader, const ImageBlockHead& head,
-                               const ZanData& update, int index, int ith);
-    BlockOutcome sendRecord(const BlockCommand& command, const BlockPosition& position,
-                            const char* cmd);
-    void showBlockProgress(const BlockPosition& position);
+    BlockOutcome streamUpdateBlock(FILE* stream, const ZanData& update, int index, int ith);
+    void showBlockProgress(const RunPosition& position);
     int _dat2ascii(char* str, const unsigned char* dat, int ndat);
     unsigned char _get_b6word(const unsigned char* dat, int ndat, int boffset);
     int do_cam_update(ZanDisplay* display);
     int readCamFileInfo(bool bUpdate, int iCam, const QString& sFileName,
                         double durationLastCmdSec);
     int readCameraUpdateInfo(FILE* fp, bool bUpdate, int iCam, double durationLastCmdSec);
-    int sendCameraRecords(LittleEndianReader& reader, bool bUpdate, int iCam,
-                          quint32 num_update_data, double durationLastCmdSec);
-    int sendCameraCommand(const QString& sCmd, bool isLast, double durationLastCmdSec);
+    void beginCameraImage(quint32 records, double durationLastCmdSec);
+    void showCameraRecord(quint32 record);
 
     // Progress
     void updateRemainingTimeString();
@@ -162,7 +134,6 @@ private:
     void finishOnOldBackend(bool bCascade);
     CompletionTexts completionTexts(bool bCascade, ZanModuleServer* zanMServ);
     void searchCamerasAgain(ZanModuleServer* zanMServ);
-    void announceShutdown();
     void restart();
 
     Ui::ZanUpdateModule2GSettingsdlgClass ui;

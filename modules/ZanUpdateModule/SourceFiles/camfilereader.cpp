@@ -73,6 +73,14 @@ int readCamImageTable(LittleEndianReader& reader, int* imageCount)
     return code;
 }
 
+int readCamFileUpToImages(FILE* stream, int* imageCount)
+{
+    LittleEndianReader reader(stream);
+    CamFileHead head;
+    const int code = readCamFileHead(reader, &head);
+    return code != 0 ? code : readCamImageTable(reader, imageCount);
+}
+
 int readCamImageHead(LittleEndianReader& reader, quint32* recordCount)
 {
     int magic = 0;

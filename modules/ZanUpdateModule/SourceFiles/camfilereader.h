@@ -7,6 +7,8 @@
 #include <QStringList>
 #include <QtGlobal>
 
+#include <cstdio>
+
 class LittleEndianReader;
 
 /// @file
@@ -29,6 +31,9 @@ int readCamFileHead(LittleEndianReader& reader, CamFileHead* head);
 
 /// Reads from there to the end of the image table: -15 to -21.
 int readCamImageTable(LittleEndianReader& reader, int* imageCount);
+
+/// Both, from the start of @p stream to its first image, without what the head says: -2 to -21.
+int readCamFileUpToImages(FILE* stream, int* imageCount);
 
 /// Reads from the start of an image to its first record: -101 to -106.
 int readCamImageHead(LittleEndianReader& reader, quint32* recordCount);

@@ -28,11 +28,16 @@ int CamUpdateData::readFileInfo()
 
 double CamUpdateData::getDurationLastCmdSec() const
 {
-    if (listCamModels.contains(QLatin1String("0x0901")))
+    return durationLastCmdSec(listCamModels);
+}
+
+double durationLastCmdSec(const QStringList& models)
+{
+    if (models.contains(QLatin1String("0x0901")))
         return 9.5;
-    if (listCamModels.contains(QLatin1String("0x0c01")))
+    if (models.contains(QLatin1String("0x0c01")))
         return 27.5;
-    if (listCamModels.contains(QLatin1String("0x0e01")))
+    if (models.contains(QLatin1String("0x0e01")))
         return 62.0;
     return 30.0;
 }

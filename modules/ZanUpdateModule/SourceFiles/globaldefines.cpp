@@ -11,3 +11,8 @@ bool isBriarscopeFamily(const BackendVersions* beVers)
 {
     return beVers->zanModel().startsWith(QLatin1String("BRIARSCOPE"));
 }
+
+bool isPlainBriarscope(const BackendVersions* beVers)
+{
+    return beVers->zanModel() == QLatin1String("BRIARSCOPE");
+}

@@ -14,18 +14,20 @@ enum ZAN_UPDATE_TYPE
     CAMERA_UPDATE = 4             ///< row of a camera's firmware; no block has it
 };
 
-// Protocol versions from which a backend knows a group of commands.
+/// Protocol version from which a backend tells the controller's mainboard.
 inline constexpr VersionInfo PROTOCOL_MAINBOARD(0, 15);
+/// Protocol version from which a backend lists the hardware.
 inline constexpr VersionInfo PROTOCOL_HARDWARE_LIST(0, 17);
+/// Protocol version from which a backend restarts the system.
 inline constexpr VersionInfo PROTOCOL_RESTART(0, 17);
+/// Protocol version from which a backend knows slaves, serial numbers and redirected updates.
 inline constexpr VersionInfo PROTOCOL_CASCADE(1, 7);
+/// Protocol version from which a backend tells the model of each slave.
 inline constexpr VersionInfo PROTOCOL_SLAVE_MODEL(1, 23);
 
-/// The commands number slaves and cameras with two digits; a larger count is a garbled reply.
-inline constexpr int MAX_NUMBERED_DEVICES = 99;
-
-/// No system has more hardware entries; a larger count is a garbled reply.
-inline constexpr int MAX_HARDWARE_ENTRIES = 1000;
+/// Counts that a controller reports (slaves, cameras, pieces of hardware) are followed up to here:
+/// no system has so many, and each costs a query.
+inline constexpr int MAX_COUNTED_ENTRIES = 10000;
 
 /// Records of update files carry at most this many bytes.
 inline constexpr int MAX_RECORD_BYTES = 120;
@@ -42,3 +44,7 @@ bool protocolAtLeast(const BackendVersions* beVers, const VersionInfo& version);
 
 /// Whether the backend's model text names a system of the BRIARSCOPE family.
 bool isBriarscopeFamily(const BackendVersions* beVers);
+
+/// Whether the backend's model text is just BRIARSCOPE: the other systems of the family restart
+/// like any controller.
+bool isPlainBriarscope(const BackendVersions* beVers);

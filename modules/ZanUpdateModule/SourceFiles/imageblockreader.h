@@ -7,6 +7,7 @@ class LittleEndianReader;
 /// @file
 /// Reads the blocks of a controller update image; docs/formats.md describes them.
 
+/// How a read ended.
 enum class BlockRead
 {
     Ok,

@@ -15,12 +15,14 @@
 class LittleEndianReader
 {
 public:
+    /// How much is fetched from the stream at a time, in bytes.
     enum Chunk
     {
         SmallChunk = 512,   ///< for the heads of files, whose content is not to be touched
         LargeChunk = 32768, ///< for streams of records
     };
 
+    /// Starts at the stream's position. @p stream must outlive the reader, which does not close it.
     explicit LittleEndianReader(FILE* stream, Chunk chunk = SmallChunk)
         : m_stream(stream), m_chunk(chunk)
     {
@@ -43,6 +45,7 @@ public:
         return m_next - count;
     }
 
+    /// Reads an unsigned 16-bit number, 0 to 65535.
     bool readU16(int* value)
     {
         if (!isAtHand(2))
@@ -52,6 +55,7 @@ public:
         return true;
     }
 
+    /// Reads an unsigned 32-bit number.
     bool readU32(quint32* value)
     {
         if (!isAtHand(4))
@@ -61,6 +65,7 @@ public:
         return true;
     }
 
+    /// Reads a signed 32-bit number.
     bool readS32(int* value)
     {
         quint32 bits = 0;
@@ -74,8 +79,8 @@ public:
     /// stands for its absence.
     struct Word
     {
-        int* target;
-        int codeIfMissing;
+        int* target;       ///< null: stepped over
+        int codeIfMissing; ///< what readWords() returns if the file ends before it
     };
 
     /// Reads the fields in order. @return 0, or the code of the first one that is missing

@@ -162,7 +162,7 @@ void NewFeatureDialog::on_pushButton_exit_clicked()
     reject();
 }
 
-// Without a body tag the positions are -1, and the text is cut as it is here, on purpose.
+// Without a body tag the positions are -1; operators see notes cut as they are here.
 static QString insideOfBody(const QString& document)
 {
     const int start = document.indexOf(QLatin1String("<body>")) + 6;

@@ -16,11 +16,16 @@ class Versions
 {
 public:
     Versions() = default;
+    /// @param text file name in the form v3_1_0.html
     explicit Versions(QString text);
 
+    /// Takes another file name; a part that is no number counts as 0.
     void setVersionString(QString text);
+    /// The file name as given.
     const QString& getVersionStr() const { return sVersion; }
+    /// Whether this note is older than @p other. Not null.
     bool isLess(const Versions* other) const;
+    /// Whether this note is newer than @p other. Not null.
     bool isGreater(const Versions* other) const;
 
 private:

@@ -4,6 +4,7 @@
 #include "ZanData.h"
 #include "ZanDisplay.h"
 #include "camupdatedata.h"
+#include "filenames.h"
 #include "globaldefines.h"
 #include "hostlog.h"
 #include "replybuffer.h"
@@ -12,7 +13,6 @@
 #include <IOManager>
 
 #include <QDir>
-#include <QSet>
 
 #include <algorithm>
 #include <memory>
@@ -33,8 +33,8 @@ void ZanModuleServer::ReleaseExemplar()
     m_exemplar = nullptr;
 }
 
-// The controllers are asked before any image is known, on purpose: their need-update flags mean
-// something only after the first redo_fillListZanDisplay().
+// The controllers are asked before any image is known, as hosts know it: their need-update flags
+// mean something only after the first redo_fillListZanDisplay().
 ZanModuleServer::ZanModuleServer(IOManager* iomgr, const QString& sApplicationDirPath,
                                  BackendVersions* bv)
     : iom(iomgr), beVers(bv), m_sApplicationDirPath(sApplicationDirPath)
@@ -134,14 +134,14 @@ void ZanModuleServer::fillListZanController()
 {
     deleteAll(&listZanController);
     listZanController.append(new ZanController(iom, beVers, QString(), false));
-    // Without a cascade the flags are left alone, on purpose: all of them stay set.
+    // For controllers without a cascade the flags are left alone: all of them stay set.
     if (!protocolAtLeast(beVers, PROTOCOL_CASCADE))
         return;
 
     int iNumSlaves = 0;
     if (iom->get_int(&iNumSlaves, "cascade number_of_connected_slaves") != 0)
         iNumSlaves = 0;
-    for (int i = 1; i <= std::min(iNumSlaves, MAX_NUMBERED_DEVICES); ++i)
+    for (int i = 1; i <= std::min(iNumSlaves, MAX_COUNTED_ENTRIES); ++i)
         appendAvailableSlave(i);
     updateControllersNeedUpdate();
 }
@@ -170,31 +170,16 @@ bool ZanModuleServer::setUpdateControllerPath()
     return false;
 }
 
-// Depth first, without a limit of depth. A directory that links lead to once more is passed over:
-// it holds nothing that was not found the first time, and loops of links would never end.
-static QString searchBelow(const QString& directory, const QString& name, QSet<QString>* visited)
-{
-    const QDir dir(directory);
-    if (dir.exists(name))
-        return directory + QDir::separator() + name + QDir::separator();
-    const QString canonicalPath = dir.canonicalPath();
-    if (visited->contains(canonicalPath))
-        return QString();
-    visited->insert(canonicalPath);
-
-    for (const QString& entry : dir.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
-        const QString found = searchBelow(directory + QDir::separator() + entry, name, visited);
-        // One more separator for each level, on purpose; QDir does not mind.
-        if (!found.isEmpty())
-            return found + QDir::separator();
-    }
-    return QString();
-}
-
 QString ZanModuleServer::searchDir(const QString& sDir, const QString& sSearchDir) const
 {
-    QSet<QString> visited;
-    return searchBelow(sDir, sSearchDir, &visited);
+    return searchDirectory(sDir, sSearchDir);
+}
+
+// These bounds exempt 2.8 without a patch but not 2.7 without one; that is meant.
+bool isExemptFromStartPrompt(const BackendVersions* beVers)
+{
+    return isBriarscopeFamily(beVers) && beVers->systemPt() >= VersionInfo(2, 7, 0) &&
+           beVers->systemPt() < VersionInfo(2, 8, 1);
 }
 
 bool ZanModuleServer::isTooOldForBriarscope() const
@@ -218,9 +203,10 @@ void ZanModuleServer::readControllerUpdateFiles()
         if (image->isValid())
             listUpdates.append(image.release());
     }
-    std::sort(listUpdates.begin(), listUpdates.end(), [](const ZanData* a, const ZanData* b) {
-        return a->newVornix2Version() < b->newVornix2Version();
-    });
+    std::stable_sort(listUpdates.begin(), listUpdates.end(),
+                     [](const ZanData* a, const ZanData* b) {
+                         return a->newVornix2Version() < b->newVornix2Version();
+                     });
     updateHighestVersions();
 }
 
@@ -349,7 +335,7 @@ bool ZanModuleServer::checkCameraUpdates(bool doAddToListZanDisplay)
     if (iom->get_int(&num_cams, "camera number_of_cameras") != 0)
         num_cams = 0;
     bool ret = true;
-    for (int iCam = 0; iCam < std::min(num_cams, MAX_NUMBERED_DEVICES); ++iCam) {
+    for (int iCam = 0; iCam < std::min(num_cams, MAX_COUNTED_ENTRIES); ++iCam) {
         Camera camera;
         if (!askCamera(iCam, &camera))
             continue;

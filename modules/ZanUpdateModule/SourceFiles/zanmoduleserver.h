@@ -36,8 +36,11 @@ public:
     /// Asks all controllers again and rebuilds the rows.
     void redo_fillListZanDisplay();
 
+    /// Newest Ct that an image brings; VersionInfo() without images.
     VersionInfo getHighestCtVersionFromUpdateFiles() const { return highestCtVersion; }
+    /// Newest Pt that an image brings; VersionInfo() without images.
     VersionInfo getHighestPtVersionFromUpdateFiles() const { return highestPtVersion; }
+    /// Pre-release mark of the image with the newest Pt; empty for a release.
     QString getHighestPtVersionAppendix() const { return sHighestPtVersionAppendix; }
 
     /// Whether no controller is below what the image files bring.
@@ -60,6 +63,7 @@ public:
     QList<ZanDisplay*> listZanDisplay;       ///< the current rows of the update table
 
 protected:
+    /// Reads the update files and asks the controllers. Neither pointer is owned.
     ZanModuleServer(IOManager* iomgr, const QString& sApplicationDirPath, BackendVersions* bv);
     ~ZanModuleServer();
 
@@ -97,3 +101,7 @@ private:
     QString sHighestPtVersionAppendix;
     bool bWithCameraUpdate = false;
 };
+
+/// Whether the user of a system with @p beVers is not asked for an update of the controllers at
+/// start, whatever is delivered; the dialog offers it all the same. Safe to call from any thread.
+bool isExemptFromStartPrompt(const BackendVersions* beVers);

@@ -38,13 +38,40 @@ void ZanUpdateModule::set_param(QString key, QVariant value)
     else if (key == QLatin1String("BackendVersions"))
         beVers = value.value<BackendVersions*>();
     else if (key == QLatin1String("ObserverMode"))
-        bObserverMode = value.userType() == QMetaType::Bool && value.toBool();
+        setObserverMode(value);
+}
+
+void ZanUpdateModule::setObserverMode(const QVariant& value)
+{
+    m_isObserverModeClear = value.userType() == QMetaType::Bool;
+    bObserverMode = m_isObserverModeClear && value.toBool();
+}
+
+// A host that meant an observer must not get the update dialog by mistake.
+QStringList ZanUpdateModule::missingParameters() const
+{
+    QStringList names;
+    if (!iom && !bObserverMode)
+        names += QStringLiteral("CommandManager (IOManager*)");
+    if (!beVers)
+        names += QStringLiteral("BackendVersions (BackendVersions*)");
+    if (!m_isObserverModeClear)
+        names += QStringLiteral("ObserverMode (bool)");
+    return names;
 }
 
 QList<_GuiElement*> ZanUpdateModule::get_gui_elements()
 {
     if (!gui_elements.isEmpty())
         return gui_elements;
+    const QStringList missing = missingParameters();
+    if (!missing.isEmpty()) {
+        qWarning(
+            "ZanUpdateModule: no menu entries, as these parameters are null or of another type: "
+            "%s",
+            qPrintable(missing.join(QStringLiteral(", "))));
+        return gui_elements;
+    }
     addWhatIsNewEntry();
     // An observer gets no update dialog, no inventory and no timers.
     if (bObserverMode)
@@ -101,11 +128,7 @@ bool ZanUpdateModule::controllerIsUpToDate()
     const ZanModuleServer* inventory = server(iom, beVers);
     if (inventory->listUpdates.isEmpty())
         return true;
-    // These bounds exempt 2.8 without a patch but not 2.7 without one; that is meant.
-    if (isBriarscopeFamily(beVers) && beVers->systemPt() >= VersionInfo(2, 7, 0) &&
-        beVers->systemPt() < VersionInfo(2, 8, 1))
-        return true;
-    return inventory->allControllersUpToDate(true);
+    return isExemptFromStartPrompt(beVers) || inventory->allControllersUpToDate(true);
 }
 
 bool ZanUpdateModule::camerasUpToDate()

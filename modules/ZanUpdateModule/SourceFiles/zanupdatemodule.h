@@ -5,6 +5,7 @@
 #include <ModuleInterface>
 
 #include <QObject>
+#include <QStringList>
 
 class NewFeatureDialog;
 class ZanUpdateModule2GSettingsdlg;
@@ -26,7 +27,8 @@ public:
     QString get_module_name() const override;
     QString get_module_version() const override;
     /// The menu entries. The first call builds the dialogs and arms the timers of the start; after
-    /// exit_module() the next call does so anew.
+    /// exit_module() the next call does so anew. Without what it needs there are none, and a
+    /// warning names the parameters; a call after they were set is the first one then.
     QList<_GuiElement*> get_gui_elements() override;
     /// Takes "CommandManager", "ModuleParent", "BackendVersions" or "ObserverMode"; ignores other
     /// keys. A value of another type counts as null or false.
@@ -41,6 +43,8 @@ private:
     bool controllerIsUpToDate();
     bool camerasUpToDate();
     bool hasZanValidIP();
+    void setObserverMode(const QVariant& value);
+    QStringList missingParameters() const;
     void addWhatIsNewEntry();
     void addUpdateEntry();
     void decideStart();
@@ -55,4 +59,5 @@ private:
     bool bObserverMode = false;
     ZanUpdateModule2GSettingsdlg* zanUpdateDlg = nullptr;
     NewFeatureDialog* m_new_feature_dialog = nullptr;
+    bool m_isObserverModeClear = true; ///< false: given as something else than true or false
 };

@@ -74,6 +74,7 @@ void TestSixBitEncoding::encodesWorkedExamples_data()
     QTest::newRow("a zero byte gives two") << QByteArray(1, '\0') << QByteArray("AA");
     QTest::newRow("two bytes give three") << QByteArray("\xFF\xFF") << QByteArray("//P");
     QTest::newRow("three bytes give four") << QByteArray("\x01\x02\x03") << QByteArray("BIwA");
+    QTest::newRow("the low bits come first") << QByteArray("\x01") << QByteArray("BA");
     QTest::newRow("the last word is filled with zeros") << QByteArray("\x80") << QByteArray("AC");
 }
 
@@ -147,6 +148,7 @@ void TestSixBitEncoding::cutsWords()
     // The words that end in the middle of the last byte.
     QCOMPARE(int(sixBitWord(data, 1, 6)), 0xC5 >> 6);
     QCOMPARE(int(sixBitWord(data, 2, 12)), 0x3A >> 4);
+    QCOMPARE(int(sixBitWord(data, 0, 0)), 0);
 }
 
 ZAN_TEST_MAIN(TestSixBitEncoding)

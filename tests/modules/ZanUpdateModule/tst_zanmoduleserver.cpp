@@ -40,6 +40,7 @@ private slots:
     void asksForControllers_data();
     void asksForControllers();
     void takesAvailableSlavesInTheirOrder();
+    void sendsNoTextBeyondTheContract();
     void survivesAnySlaveReply_data();
     void survivesAnySlaveReply();
     void findsTheUpdateDirectory_data();
@@ -300,6 +301,30 @@ void TestZanModuleServer::takesAvailableSlavesInTheirOrder()
                                        "slave-10.0.0.2|10.0.0.2|slave"}));
 }
 
+// The longest texts hold what a controller said in the 199 bytes of a reply.
+void TestZanModuleServer::sendsNoTextBeyondTheContract()
+{
+    const QByteArray longest(199, 'x');
+    Site site;
+    scriptMaster(&site.channel, controllerAt("v3.0.0", "v1.0"));
+    site.channel.on("cascade number_of_connected_slaves").reply(10000);
+    site.channel.onPrefix("cascade connected_slave d").reply(longest);
+    site.channel.onPrefix("cascade connected_slave_available ").reply("yes");
+    site.channel.on("camera number_of_cameras").reply(10000);
+    site.channel.onPrefix("camera ").reply(longest);
+    site.server();
+    int length = 0;
+    for (const QString& call : site.channel.log())
+        length = qMax(length, call.section('"', 1, 1).size());
+    QCOMPARE(length, 234);
+}
+
+// Two digits at least.
+static QString numbered(int number)
+{
+    return QString::number(number).rightJustified(2, '0');
+}
+
 void TestZanModuleServer::survivesAnySlaveReply_data()
 {
     QTest::addColumn<int>("count");
@@ -309,9 +334,10 @@ void TestZanModuleServer::survivesAnySlaveReply_data()
 
     QTest::newRow("a negative count is no slave") << -1 << QByteArray("A") << 0 << 1;
     QTest::newRow("the smallest count is no slave") << INT_MIN << QByteArray("A") << 0 << 1;
-    QTest::newRow("a huge count ends where two digits end")
-        << INT_MAX << QByteArray("A") << 99 << 100;
-    QTest::newRow("a count of two digits is taken") << 99 << QByteArray("A") << 99 << 100;
+    QTest::newRow("a huge count ends at ten thousand")
+        << INT_MAX << QByteArray("A") << 10000 << 10001;
+    QTest::newRow("ten thousand are taken") << 10000 << QByteArray("A") << 10000 << 10001;
+    QTest::newRow("more than two digits are taken") << 101 << QByteArray("A") << 101 << 102;
     QTest::newRow("an empty address") << 1 << QByteArray() << 1 << 2;
     QTest::newRow("an address of 199 bytes") << 1 << QByteArray(199, 'x') << 1 << 2;
     QTest::newRow("an address beyond ASCII") << 1 << QByteArray("\xFF\xE4") << 1 << 2;
@@ -329,7 +355,10 @@ void TestZanModuleServer::survivesAnySlaveReply()
     site.channel.onPrefix("cascade connected_slave_available ").reply("yes");
     const ZanModuleServer* server = site.server();
     const QString query = "get_string \"cascade connected_slave d";
-    QTEST(site.channel.logOf(query).size(), "queried");
+    const QStringList queries = site.channel.logOf(query);
+    QTEST(queries.size(), "queried");
+    if (!queries.isEmpty())
+        QCOMPARE(queries.last(), query + numbered(queries.size()) + '"');
     QTEST(server->listZanController.size(), "controllers");
     if (server->listZanController.size() == 2) {
         const QString text = QString::fromLatin1(address);
@@ -1073,6 +1102,8 @@ void TestZanModuleServer::describesTheModelOfACamera_data()
     row("a description without quotes", "Wide", "Camera firmware update (Wide C100)");
     row("an empty description", "", "Camera firmware update (C100)");
     row("nothing but quotes", "\"\"", "Camera firmware update (C100)");
+    row("letters of Latin-1", "\"K\xF6ln\"",
+        QStringLiteral("Camera firmware update (K\u00f6ln C100)"));
     row("placeholders", "%1 %s", "Camera firmware update (%1 %s C100)");
 }
 
@@ -1098,8 +1129,9 @@ void TestZanModuleServer::survivesAnyCameraReply_data()
     QTest::newRow("no camera") << 0 << QByteArray("0x0901 C1") << 0;
     QTest::newRow("a negative count is no camera") << -3 << QByteArray("0x0901 C1") << 0;
     QTest::newRow("the smallest count is no camera") << INT_MIN << QByteArray("0x0901 C1") << 0;
-    QTest::newRow("a huge count ends where two digits end")
-        << INT_MAX << QByteArray("0x0901 C1") << 99;
+    QTest::newRow("a huge count ends at ten thousand")
+        << INT_MAX << QByteArray("0x0901 C1") << 10000;
+    QTest::newRow("more than two digits are taken") << 101 << QByteArray("0x0901 C1") << 101;
     QTest::newRow("200 letters without terminator") << 2 << QByteArray(200, 'x') << 2;
     QTest::newRow("200 bytes beyond ASCII without terminator") << 2 << QByteArray(200, '\xFF') << 2;
     QTest::newRow("200 blanks without terminator") << 2 << QByteArray(200, ' ') << 2;
@@ -1119,7 +1151,10 @@ void TestZanModuleServer::survivesAnyCameraReply()
     site.addCameraFile("a", cameraFile({0x0901}, {1, 4, 0}));
     ZanModuleServer* server = site.server();
     const QString query = "get_string \"camera camera c";
-    QCOMPARE(site.channel.logOf(query).size(), queried);
+    const QStringList queries = site.channel.logOf(query);
+    QCOMPARE(queries.size(), queried);
+    if (queried > 0)
+        QCOMPARE(queries.last(), query + numbered(queried) + '"');
     // A version without sense is (0, -1, -1), below every minimum, and no row arises.
     QVERIFY(server->listZanDisplay.isEmpty());
     QVERIFY(server->allCamerasUpToDate());

@@ -69,7 +69,6 @@ private slots:
     void leavesTheStreamAtTheNextImage();
     void namesTheFieldAtWhichAFileIsCut_data();
     void namesTheFieldAtWhichAFileIsCut();
-    void namesTheFieldAtWhichAnImageIsCut();
 
     void refusesAHead_data();
     void refusesAHead();
@@ -230,21 +229,6 @@ void CameraReader::namesTheFieldAtWhichAFileIsCut()
         const int sentRecords = bUpdate ? recordsWithin(fields, length) : 0;
         verify(reading, reading.read(path, bUpdate),
                outcomeOfFile(codeOfTruncation(fields, length), path, sentRecords));
-        if (QTest::currentTestFailed())
-            QFAIL("cut after " + QByteArray::number(length) + " bytes");
-    }
-}
-
-void CameraReader::namesTheFieldAtWhichAnImageIsCut()
-{
-    const int begin = sizeOf(headFields());
-    const QVector<FormatField> fields = imageFields(sampleFile().images.first());
-    const QByteArray bytes = cameraUpdateBytes(sampleFile()).mid(begin, sizeOf(fields));
-    Reading reading;
-    for (int length = 0; length <= bytes.size(); ++length) {
-        const MemoryStream stream(bytes.left(length));
-        verify(reading, reading.readImage(stream.get()),
-               outcomeOfImage(codeOfTruncation(fields, length), recordsWithin(fields, length)));
         if (QTest::currentTestFailed())
             QFAIL("cut after " + QByteArray::number(length) + " bytes");
     }

@@ -9,6 +9,8 @@
 #include <markingtranslator.h>
 #include <widgettestmain.h>
 
+#include <QRegularExpression>
+
 class Completion : public QObject
 {
     Q_OBJECT
@@ -410,6 +412,19 @@ void Completion::closesWithoutRestart()
 
 static const char* const SEARCH_DIALOG = "SearchHardwareDlgClass";
 
+/// Leaves out what the dialog asks by itself if it is not ended within 100 ms.
+static QStringList withoutTheSearch(const QStringList& lines)
+{
+    static const QRegularExpression search(
+        "^(prepare_reply|send_command|poll_reply) |Error: Unable search for new hardware");
+    QStringList others = lines;
+    for (const QString& line : lines) {
+        if (line.contains(search))
+            others.removeOne(line);
+    }
+    return others;
+}
+
 void Completion::searchesForCameras_data()
 {
     QTest::addColumn<int>("result");
@@ -440,7 +455,7 @@ void Completion::searchesForCameras()
     log.expect(camerasDone());
     showMessageUpdateSuccessful(ending.dialog, 0, false, ending.inventory());
     QVERIFY2(log.isDone(), qPrintable(log.missing()));
-    QCOMPARE(log.lines(), lines);
+    QCOMPARE(withoutTheSearch(log.lines()), lines);
     QVERIFY(!ending.dialog.isVisible());
 }
 

@@ -37,7 +37,7 @@ static QStringList outputOf(const QString& program, const QStringList& arguments
 {
     QProcess process;
     process.start(program, arguments);
-    if (!process.waitForFinished() || process.exitCode() != 0)
+    if (!process.waitForFinished(-1) || process.exitCode() != 0)
         return {};
     return QString::fromLocal8Bit(process.readAllStandardOutput() + process.readAllStandardError())
         .split(QLatin1Char('\n'), Qt::SkipEmptyParts);

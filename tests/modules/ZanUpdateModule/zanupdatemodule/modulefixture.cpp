@@ -159,5 +159,5 @@ void fireSingleShots()
 
 bool waitForSingleShots()
 {
-    return QTest::qWaitFor([] { return singleShots().isEmpty(); });
+    return QTest::qWaitFor([] { return singleShots().isEmpty(); }, patienceMs);
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <patience.h>
+
 #include <fixturefiles.h>
 #include <programfolder.h>
 #include <scriptedcascade.h>

@@ -169,7 +169,8 @@ static BackendVersions backendOf(Equipment equipment)
                            QStringLiteral("ZAN"));
 }
 
-// Blocks that went out leave their file open, on purpose, which adds up over so many runs.
+// Blocks that went out leave their file open, as the contract with hosts has it, which adds up over
+// so many runs.
 static void closeUpdateFiles()
 {
     const QDir open(QStringLiteral("/proc/self/fd"));

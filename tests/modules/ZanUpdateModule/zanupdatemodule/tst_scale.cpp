@@ -16,8 +16,6 @@ namespace {
 
 constexpr int IMAGES = 12;
 constexpr int FILES = 500;
-/// The commands number slaves and cameras with two digits.
-constexpr int HIGHEST_NUMBER = 99;
 
 /// Who is connected, and how far behind.
 struct Installation
@@ -212,7 +210,7 @@ static QStringList callsForControllers(const Installation& installation)
     if (installation.protocol < VersionInfo(1, 7))
         return calls;
     calls += numberQuery(QStringLiteral("cascade number_of_connected_slaves"));
-    for (int number = 1; number <= std::min(installation.slaves, HIGHEST_NUMBER); ++number)
+    for (int number = 1; number <= installation.slaves; ++number)
         calls += callsForSlave(installation, number);
     return calls;
 }
@@ -227,7 +225,7 @@ static QStringList callsForRows(const Installation& installation)
 static QStringList callsForCameras(const Installation& installation)
 {
     QStringList calls{numberQuery(QStringLiteral("camera number_of_cameras"))};
-    for (int number = 1; number <= std::min(installation.cameras, HIGHEST_NUMBER); ++number) {
+    for (int number = 1; number <= installation.cameras; ++number) {
         calls += numbered("camera camera c", number);
         if (installation.areCamerasServed)
             calls += QStringList{numbered("camera version c", number)} + callsForRows(installation);
@@ -272,14 +270,14 @@ static int rowsOf(const Installation& installation)
 {
     if (installation.areControllersBehind) {
         int controllers = 1;
-        for (int slave = 1; slave <= std::min(installation.slaves, HIGHEST_NUMBER); ++slave) {
+        for (int slave = 1; slave <= installation.slaves; ++slave) {
             if (installation.protocol >= VersionInfo(1, 7) && isAvailable(installation, slave))
                 ++controllers;
         }
         return controllers * IMAGES;
     }
     const bool areCamerasDue = installation.areCamerasServed && installation.areCamerasBehind;
-    return areCamerasDue ? std::min(installation.cameras, HIGHEST_NUMBER) * 2 : 0;
+    return areCamerasDue ? installation.cameras * 2 : 0;
 }
 
 // ---- The test
@@ -307,8 +305,10 @@ void Scale::asksWhatItMustAndNoMore_data()
         [](Installation& i) { i.protocol = VersionInfo(1, 6); });
     add("64 slaves on a backend without mainboards", 5,
         [](Installation& i) { i.protocol = VersionInfo(0, 14); });
-    add("as many slaves as can be numbered", 8 + 99 * 8, [](Installation& i) { i.slaves = 99; });
-    add("more slaves than can be numbered", 8 + 99 * 8, [](Installation& i) { i.slaves = 120; });
+    add("as many slaves as two digits can number", 8 + 99 * 8,
+        [](Installation& i) { i.slaves = 99; });
+    add("more slaves than two digits can number", 8 + 120 * 8,
+        [](Installation& i) { i.slaves = 120; });
     add("64 slaves up to date and 40 cameras behind", 8 + 64 * 8 + 1 + 40 * 4,
         [](Installation& i) { i.areControllersBehind = false; });
     add("40 cameras up to date", 8 + 64 * 8 + 1 + 40 * 2, [](Installation& i) {
@@ -319,7 +319,7 @@ void Scale::asksWhatItMustAndNoMore_data()
         i.areControllersBehind = false;
         i.areCamerasServed = false;
     });
-    add("more cameras than can be numbered", 8 + 1 + 99 * 4, [](Installation& i) {
+    add("more cameras than two digits can number", 8 + 1 + 120 * 4, [](Installation& i) {
         i.areControllersBehind = false;
         i.slaves = 0;
         i.cameras = 120;

@@ -8,11 +8,13 @@
 #include <newfeaturedialog.h>
 #include <privateaccess.h>
 #include <vtableindex.h>
+#include <warningguard.h>
 #include <widgettestmain.h>
 #include <zanmoduleserver.h>
 
 #include <QAction>
 #include <QLabel>
+#include <QMainWindow>
 #include <QPushButton>
 #include <QScopeGuard>
 #include <QTextEdit>
@@ -32,6 +34,8 @@ ZAN_EXPOSE(m_new_feature_dialog, &ZanUpdateModule::m_new_feature_dialog);
 ZAN_EXPOSE(hasZanValidIP, &ZanUpdateModule::hasZanValidIP);
 ZAN_EXPOSE(controllerIsUpToDate, &ZanUpdateModule::controllerIsUpToDate);
 ZAN_EXPOSE(camerasUpToDate, &ZanUpdateModule::camerasUpToDate);
+
+Q_DECLARE_METATYPE(ScriptedChannel*)
 
 /// The plug-in object: parameters, menu entries, the questions of its start, and its end.
 class TestZanUpdateModule : public QObject
@@ -59,6 +63,8 @@ private slots:
     void keepsTheSpareRecordUnused();
     void speaksTheUsersLanguage();
     void menuEntriesOpenTheirWindows();
+    void tellsAHostWhatIsMissing_data();
+    void tellsAHostWhatIsMissing();
     void buildsItsDialogsOnce();
     void asksTheChannelNothingForAnObserver();
     void showsAnObserverNoNotes();
@@ -71,6 +77,9 @@ private slots:
     void mayExitAtAnyTime();
     void buildsAnewAfterItsExit();
     void leavesItsDialogsToTheirParent();
+
+private:
+    QMainWindow m_mainWindow;
 };
 
 // ---- Construction and parameters
@@ -175,6 +184,14 @@ void TestZanUpdateModule::setsOneParameter_data()
     row("a text is no channel", true, "CommandManager", QStringLiteral("IOManager*"), "-PBO");
     row("another pointer is no channel", true, "CommandManager", backendValue, "-PBO");
     row("an empty value is no channel", true, "CommandManager", QVariant(), "-PBO");
+    row("a main window is a parent window", false, "ModuleParent",
+        QVariant::fromValue(&m_mainWindow), "-P--");
+    row("a main window that is known as an object only is a parent window", false, "ModuleParent",
+        QVariant::fromValue<QObject*>(&m_mainWindow), "-P--");
+    row("an object that is no window is no parent window", true, "ModuleParent",
+        QVariant::fromValue<QObject*>(QCoreApplication::instance()), "C-BO");
+    row("a channel that is known as what it is is no channel", true, "CommandManager",
+        QVariant::fromValue(&channel), "-PBO");
     row("a channel is no parent window", true, "ModuleParent", channelValue, "C-BO");
     row("a channel is no record of versions", true, "BackendVersions", channelValue, "CP-O");
     row("a text is no observer flag", true, "ObserverMode", QStringLiteral("true"), "CPB-");
@@ -449,6 +466,65 @@ void TestZanUpdateModule::menuEntriesOpenTheirWindows()
     });
     elements.at(1)->menu_entry->trigger();
     QVERIFY2(driver.isDone(), qPrintable(driver.missing()));
+}
+
+void TestZanUpdateModule::tellsAHostWhatIsMissing_data()
+{
+    QTest::addColumn<bool>("areParametersGiven");
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<QVariant>("value");
+    QTest::addColumn<QString>("named");
+
+    const auto wrong = [](const char* name, const char* key, const QVariant& value,
+                          const char* named) {
+        QTest::newRow(name) << true << QString::fromLatin1(key) << value
+                            << QString::fromLatin1(named);
+    };
+    const char* const channel = "CommandManager (IOManager*)";
+    const char* const versions = "BackendVersions (BackendVersions*)";
+    const char* const observer = "ObserverMode (bool)";
+    static ScriptedChannel other;
+    QTest::newRow("nothing was given")
+        << false << "unknown" << QVariant()
+        << QStringLiteral("CommandManager (IOManager*), BackendVersions (BackendVersions*)");
+    wrong("a null channel", "CommandManager", QVariant::fromValue<IOManager*>(nullptr), channel);
+    wrong("a channel as an untyped pointer", "CommandManager",
+          QVariant::fromValue<void*>(static_cast<IOManager*>(&other)), channel);
+    wrong("a channel under the name of its class", "CommandManager", QVariant::fromValue(&other),
+          channel);
+    wrong("null versions", "BackendVersions", QVariant::fromValue<BackendVersions*>(nullptr),
+          versions);
+    wrong("versions as a text", "BackendVersions", QStringLiteral("v3.0.0"), versions);
+    wrong("an observer as a text", "ObserverMode", QStringLiteral("true"), observer);
+    wrong("no observer as a number", "ObserverMode", 0, observer);
+}
+
+void TestZanUpdateModule::tellsAHostWhatIsMissing()
+{
+    QFETCH(bool, areParametersGiven);
+    QFETCH(QString, key);
+    QFETCH(QVariant, value);
+    QFETCH(QString, named);
+
+    ModuleFixture fixture;
+    if (areParametersGiven)
+        fixture.giveParameters();
+    fixture.module->set_param(key, value);
+    {
+        const ExpectedWarning warning("ZanUpdateModule: no menu entries, as these parameters are "
+                                      "null or of another type: " +
+                                      named);
+        QVERIFY(fixture.module->get_gui_elements().isEmpty());
+    }
+    QVERIFY(!fixture.viewer());
+    QVERIFY(!fixture.dialog());
+    QCOMPARE(armedSingleShots(), QVector<int>());
+    QCOMPARE(fixture.channel.log(), QStringList());
+    fixture.module->about_to_exit_module();
+    fixture.module->exit_module();
+
+    fixture.giveParameters();
+    QCOMPARE(fixture.module->get_gui_elements().size(), 2);
 }
 
 void TestZanUpdateModule::buildsItsDialogsOnce()
