@@ -16,11 +16,7 @@
 class BlockReceiver
 {
 public:
-    static constexpr int maxRecordBytes = 120;
-    static constexpr int maxRecords = 1000000;
-    /// A block that grows beyond this many bytes is refused, so that no sender can fill the memory.
-    static constexpr int maxBlockBytes = 64 * 1024 * 1024;
-
+    /// Where the reception of a block stands.
     enum class State
     {
         Idle,      ///< waits for a record 1
@@ -36,7 +32,9 @@ public:
     /// Ends the reception without a result.
     void drop();
 
+    /// What became of the latest record, or Idle after drop().
     State state() const { return m_state; }
+    /// Whether the latest record ended the reception without a result.
     bool refused() const { return m_state == State::Refused || m_state == State::Damaged; }
     int received() const { return m_received; }        ///< records taken of the block
     int expected() const { return m_expected; }        ///< records of the block

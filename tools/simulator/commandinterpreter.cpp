@@ -1,11 +1,13 @@
 #include "commandinterpreter.h"
 
-#include "errorreply.h"
 #include "queries.h"
+
+#include <errorreply.h>
+#include <protocolversions.h>
 
 namespace {
 
-constexpr int maxReplyBytes = 199; // with the terminating zero it fills what a host has for it
+constexpr int maxReplyBytes = replyBytes - 1;
 
 Reply success(int deviceMs = 0)
 {
@@ -199,8 +201,7 @@ Reply CommandInterpreter::answerRecord(const RecordRequest& record)
 Reply CommandInterpreter::answerSetting(const QByteArray& text)
 {
     const QByteArray redirection = QByteArrayLiteral("system redirect_update ");
-    const VersionInfo withRedirection(1, 7);
-    if (text.startsWith(redirection) && m_system.scenario().protocol >= withRedirection)
+    if (text.startsWith(redirection) && m_system.scenario().protocol >= protocolWithCascade)
         return redirect(text.mid(redirection.size()));
     return unknownText();
 }

@@ -3,39 +3,11 @@
 #include "recordrequest.h"
 #include "simulatedsystem.h"
 
+#include <reply.h>
+
 #include <QByteArray>
 
 #include <optional>
-
-/// The operation of the command channel that carries a text.
-enum class Operation
-{
-    GetString, ///< a query for a text
-    GetInt,    ///< a query for a whole number
-    SetValue,  ///< a setting
-    Command,   ///< a text that begins with "vornix2"
-};
-
-/// How an answer arrives.
-enum class Delivery
-{
-    Answered,
-    Silent,         ///< no answer comes; whoever waits runs into the time-out
-    ConnectionLost, ///< the connection closes, or there is none: the system is down
-};
-
-/// What comes back for one text.
-struct Reply
-{
-    /// Success of the operation. A command has it whenever a reply text arrived, also one that
-    /// begins with "vornix2 err": what the text says is for the sender to judge.
-    bool ok = false;
-    QByteArray text;  ///< the value of a query, or the reply text; UTF-8, at most 199 bytes
-    int integer = 0;  ///< the value of Operation::GetInt
-    int deviceMs = 0; ///< how long the device takes to answer: to wait, or to compare with the
-                      ///< time-out
-    Delivery delivery = Delivery::Answered;
-};
 
 /// Understands the command language on the devices' side; docs/command-language.md describes it.
 ///
@@ -44,12 +16,11 @@ struct Reply
 class CommandInterpreter
 {
 public:
-    /// Longer texts are refused; what exceeds this is not read. A record has some 200 bytes.
-    static constexpr int maxTextBytes = 1024;
-
     /// @param system must outlive the interpreter
     explicit CommandInterpreter(SimulatedSystem& system);
 
+    /// Does what @p text asks for, as far as faults and the state of the system let it, and
+    /// answers.
     Reply execute(Operation operation, const QByteArray& text);
 
 private:

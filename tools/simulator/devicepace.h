@@ -14,6 +14,7 @@ public:
 
     /// When the reply to the latest request is due, in milliseconds of now().
     qint64 dueMs() const { return m_dueMs; }
+    /// Milliseconds since the object was made.
     qint64 now() const { return m_clock.elapsed(); }
 
 private:

@@ -1,12 +1,11 @@
-#include "serveroptions.h"
-#include "systemserver.h"
+#include "simulatedsystem.h"
 
-#include <simulatedsystem.h>
+#include <ownfolder.h>
+#include <serveroptions.h>
+#include <systemserver.h>
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QFileInfo>
-#include <QLockFile>
 
 #include <cstdio>
 
@@ -42,7 +41,7 @@ int listScenarios()
     return ServerSuccess;
 }
 
-// What was armed on purpose and the restart keep their times.
+// Faults that were armed and the restart keep their times.
 void makeFast(ScenarioTiming* timing)
 {
     timing->recordsPerSecond = 0;
@@ -52,16 +51,17 @@ void makeFast(ScenarioTiming* timing)
     timing->searchMs = 0;
 }
 
-void keepState(SimulatedSystem& system, const ServerOptions& options)
+bool keepState(SimulatedSystem& system, const ServerOptions& options, QString* error)
 {
     QObject::connect(&system, &SimulatedSystem::trouble, warn);
     if (options.stateFile.isEmpty())
-        return;
-    if (options.fresh)
-        QFile::remove(options.stateFile);
-    QString damage;
-    if (!system.loadState(options.stateFile, &damage))
-        warn(QStringLiteral("The state was set aside: %1").arg(damage));
+        return true;
+    if (options.fresh && !SimulatedSystem::removeState(options.stateFile, error))
+        return false;
+    const SimulatedSystem::StateLoad load = system.loadState(options.stateFile, error);
+    if (load == SimulatedSystem::StateLoad::SetAside)
+        warn(QStringLiteral("The state was set aside: %1").arg(*error));
+    return load != SimulatedSystem::StateLoad::Refused;
 }
 
 int serve(const ServerOptions& options)
@@ -74,15 +74,12 @@ int serve(const ServerOptions& options)
         makeFast(&scenario->timing);
 
     // The same as of a frontend that simulates the system itself.
-    const QString stateFolder = QFileInfo(options.stateFile).path();
-    QLockFile lock(stateFolder + QLatin1String("/lock"));
-    if (!options.stateFile.isEmpty() &&
-        (!QDir().mkpath(stateFolder) || !lock.tryLock(lockTimeoutMs)))
-        return fail(ServerFailed,
-                    QStringLiteral("%1: another process uses this folder, or it cannot be written")
-                        .arg(stateFolder));
+    FolderLock lock(QFileInfo(options.stateFile).path());
+    if (!options.stateFile.isEmpty() && !lock.take(lockTimeoutMs, &error))
+        return fail(ServerFailed, error);
     SimulatedSystem system(*scenario);
-    keepState(system, options);
+    if (!keepState(system, options, &error))
+        return fail(ServerFailed, error);
     SystemServer server(system);
     if (!server.listen(options.listenAt, &error))
         return fail(ServerFailed, error);

@@ -1,7 +1,9 @@
 #include "queries.h"
 
-#include "errorreply.h"
 #include "recordrequest.h"
+
+#include <errorreply.h>
+#include <protocolversions.h>
 
 #include <algorithm>
 #include <iterator>
@@ -29,9 +31,9 @@ struct Query
     QByteArray (*value)(const SimulatedSystem& system, int index);
 };
 
-QByteArray quoted(const QString& text)
+QByteArray quoted(const QByteArray& text)
 {
-    return '"' + text.toUtf8() + '"';
+    return '"' + text + '"';
 }
 
 QByteArray yesOrNo(bool yes)
@@ -51,12 +53,12 @@ QByteArray hostName(const SimulatedSystem& system, int index)
 
 QByteArray controllerVersion(const SimulatedSystem& system, int index)
 {
-    return controllerAt(system, index).ct.toUtf8();
+    return controllerAt(system, index).ct.toLatin1();
 }
 
 QByteArray trackingVersion(const SimulatedSystem& system, int index)
 {
-    return controllerAt(system, index).pt.toUtf8();
+    return controllerAt(system, index).pt.toLatin1();
 }
 
 QByteArray model(const SimulatedSystem& system, int index)
@@ -66,7 +68,7 @@ QByteArray model(const SimulatedSystem& system, int index)
 
 QByteArray modelDescription(const SimulatedSystem& system, int index)
 {
-    return quoted(controllerAt(system, index).modelDescription);
+    return quoted(controllerAt(system, index).modelDescription.toUtf8());
 }
 
 QByteArray serial(const SimulatedSystem& system, int index)
@@ -76,12 +78,12 @@ QByteArray serial(const SimulatedSystem& system, int index)
 
 QByteArray board(const SimulatedSystem& system, int index)
 {
-    return quoted(controllerAt(system, index).board);
+    return quoted(controllerAt(system, index).board.toUtf8());
 }
 
 QByteArray address(const SimulatedSystem& system, int index)
 {
-    return controllerAt(system, index).address.toUtf8();
+    return controllerAt(system, index).address.toLatin1();
 }
 
 QByteArray availability(const SimulatedSystem& system, int index)
@@ -122,7 +124,7 @@ QByteArray hardwareCount(const SimulatedSystem& system, int /*index*/)
 
 QByteArray hardwareText(const SimulatedSystem& system, int index)
 {
-    return quoted(system.scenario().hardware.at(index));
+    return quoted(system.scenario().hardware.at(index).toUtf8());
 }
 
 QByteArray cameraCount(const SimulatedSystem& system, int /*index*/)
@@ -133,46 +135,42 @@ QByteArray cameraCount(const SimulatedSystem& system, int /*index*/)
 QByteArray cameraIdentity(const SimulatedSystem& system, int index)
 {
     const CameraState& camera = system.cameras().at(index);
-    return camera.model.toUtf8() + ' ' + camera.serial.toUtf8();
+    return camera.model.toLatin1() + ' ' + camera.serial.toLatin1();
 }
 
 QByteArray cameraVersion(const SimulatedSystem& system, int index)
 {
-    return system.cameras().at(index).version.toUtf8();
+    return system.cameras().at(index).version.toLatin1();
 }
 
 QByteArray cameraDescription(const SimulatedSystem& system, int index)
 {
-    return quoted(system.cameras().at(index).description);
+    return quoted(system.cameras().at(index).description.toLatin1());
 }
 
 constexpr VersionInfo always;
-constexpr VersionInfo withBoard{0, 15};
-constexpr VersionInfo withHardware{0, 17};
-constexpr VersionInfo withCascade{1, 7};
-constexpr VersionInfo withSlaveModels{1, 23};
 
 constexpr Query queries[] = {
     {"system hostname", Subject::Master, always, hostName},
-    {"system hostname_slave", Subject::Slave, withCascade, hostName},
+    {"system hostname_slave", Subject::Slave, protocolWithCascade, hostName},
     {"system controller_version", Subject::Master, always, controllerVersion},
-    {"system controller_version_slave", Subject::Slave, withCascade, controllerVersion},
+    {"system controller_version_slave", Subject::Slave, protocolWithCascade, controllerVersion},
     {"system version", Subject::Master, always, trackingVersion},
-    {"system version_slave", Subject::Slave, withCascade, trackingVersion},
+    {"system version_slave", Subject::Slave, protocolWithCascade, trackingVersion},
     {"system model", Subject::Master, always, model},
-    {"system model_slave", Subject::Slave, withSlaveModels, model},
+    {"system model_slave", Subject::Slave, protocolWithSlaveModels, model},
     {"system model_description", Subject::Master, always, modelDescription},
-    {"system model_description_slave", Subject::Slave, withSlaveModels, modelDescription},
-    {"system controller_serial", Subject::Master, withCascade, serial},
-    {"system extra motherboard", Subject::Master, withBoard, board},
-    {"system extra number_of_hardware", Subject::System, withHardware, hardwareCount},
-    {"system extra hardware", Subject::HardwareEntry, withHardware, hardwareText},
+    {"system model_description_slave", Subject::Slave, protocolWithSlaveModels, modelDescription},
+    {"system controller_serial", Subject::Master, protocolWithCascade, serial},
+    {"system extra motherboard", Subject::Master, protocolWithBoard, board},
+    {"system extra number_of_hardware", Subject::System, protocolWithHardware, hardwareCount},
+    {"system extra hardware", Subject::HardwareEntry, protocolWithHardware, hardwareText},
     {"system net", Subject::System, always, addressMode},
     {"status active", Subject::System, always, activeMode},
-    {"cascade number_of_connected_slaves", Subject::System, withCascade, slaveCount},
-    {"cascade connected_slave", Subject::SlaveNumber, withCascade, address},
-    {"cascade connected_slave_available", Subject::ListedSlave, withCascade, availability},
-    {"cascade connected_slave_controller", Subject::Slave, withCascade, hostNameAndSerial},
+    {"cascade number_of_connected_slaves", Subject::System, protocolWithCascade, slaveCount},
+    {"cascade connected_slave", Subject::SlaveNumber, protocolWithCascade, address},
+    {"cascade connected_slave_available", Subject::ListedSlave, protocolWithCascade, availability},
+    {"cascade connected_slave_controller", Subject::Slave, protocolWithCascade, hostNameAndSerial},
     {"cascade wol_slaves", Subject::System, always, wakeOnLan},
     {"camera number_of_cameras", Subject::System, always, cameraCount},
     {"camera camera", Subject::CameraNumber, always, cameraIdentity},
@@ -225,7 +223,7 @@ std::optional<int> cameraIndex(const SimulatedSystem& system, const QByteArray& 
 std::optional<int> cameraOfModel(const SimulatedSystem& system, const QByteArray& modelText)
 {
     for (int index = 0; index < system.cameras().size(); ++index) {
-        if (system.cameras().at(index).model.toUtf8() == modelText)
+        if (system.cameras().at(index).model.toLatin1() == modelText)
             return index;
     }
     return std::nullopt;

@@ -10,8 +10,10 @@
 /// to the receiver to refuse count and number.
 struct RecordRequest
 {
+    /// Stands in the place of a camera's index.
     static constexpr int toController = -1;
 
+    /// what the record is meant for
     PayloadComponent component = PayloadComponent::TrackingSoftware;
     int camera = toController; ///< index of the camera from 0; it need not exist
     int count = 0;             ///< records of the block; 0 if the text has no valid number there

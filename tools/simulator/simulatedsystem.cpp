@@ -14,18 +14,33 @@ namespace {
 
 constexpr qint64 maxStateBytes = Q_INT64_C(1) << 20;
 
+// The content of a state file, damaged as it may be; nullopt if it is none, or none of its own.
+std::optional<QByteArray> readState(const QString& path, QString* error)
+{
+    QFile file(path);
+    if (!QFileInfo(path).isFile())
+        *error = QStringLiteral("%1: is no regular file, so it is left as it is").arg(path);
+    else if (!file.open(QIODevice::ReadOnly))
+        *error = QStringLiteral("%1: %2").arg(path, file.errorString());
+    else if (QByteArray text = file.read(maxStateBytes); isStateText(text))
+        return text;
+    else
+        *error = QStringLiteral("%1: holds no state of a simulated system, so it is left as it is; "
+                                "name another file, or move it away")
+                     .arg(path);
+    return std::nullopt;
+}
+
 } // namespace
 
 SimulatedSystem::SimulatedSystem(Scenario scenario, Clock nowMs, QObject* parent)
-    : TestBench(parent), m_scenario(std::move(scenario)), m_nowMs(std::move(nowMs)),
-      m_measurement(m_scenario.measurement), m_faults(m_scenario.faults)
+    : Equipment(parent), m_scenario(std::move(scenario)), m_nowMs(std::move(nowMs)),
+      m_state(untouchedEquipment(m_scenario))
 {
+    m_state.measurement = m_scenario.measurement;
+    m_state.faults = FaultPlan(m_scenario.faults);
     if (!m_nowMs)
         m_nowMs = QDateTime::currentMSecsSinceEpoch;
-    for (const ScenarioController& origin : qAsConst(m_scenario.controllers))
-        m_controllers.append(controllerFrom(origin, !m_controllers.isEmpty()));
-    for (const ScenarioCamera& origin : qAsConst(m_scenario.cameras))
-        m_cameras.append(cameraFrom(origin));
     allBecomeIdle();
 
     m_restartTimer.setSingleShot(true);
@@ -34,7 +49,7 @@ SimulatedSystem::SimulatedSystem(Scenario scenario, Clock nowMs, QObject* parent
 
 qint64 SimulatedSystem::msUntilReachable() const
 {
-    switch (m_power) {
+    switch (m_state.power) {
     case Power::On:
         return 0;
     case Power::Restarting:
@@ -46,25 +61,44 @@ qint64 SimulatedSystem::msUntilReachable() const
     return -1;
 }
 
-bool SimulatedSystem::loadState(const QString& path, QString* error)
+SimulatedSystem::StateLoad SimulatedSystem::loadState(const QString& path, QString* error)
 {
     m_stateFile = path;
+    if (!QFileInfo::exists(path))
+        return StateLoad::Taken;
+    const std::optional<QByteArray> json = readState(path, error);
+    const std::optional<SystemMemory> memory =
+        json ? stateFromJson(*json, m_scenario, path, error) : std::nullopt;
+    if (memory) {
+        adopt(*memory);
+        return StateLoad::Taken;
+    }
+    QString reason;
+    if (json && setDamagedFileAside(path, &reason))
+        return StateLoad::SetAside;
+    if (!reason.isEmpty())
+        *error = reason;
+    m_stateFile.clear();
+    return StateLoad::Refused;
+}
+
+bool SimulatedSystem::holdsState(const QString& path)
+{
+    QString reason;
+    return readState(path, &reason).has_value();
+}
+
+bool SimulatedSystem::removeState(const QString& path, QString* error)
+{
     QFile file(path);
     if (!file.exists())
         return true;
-
-    std::optional<SystemMemory> memory;
-    if (file.open(QIODevice::ReadOnly))
-        memory = stateFromJson(file.read(maxStateBytes), m_scenario, path, error);
-    else
-        *error = QStringLiteral("%1: %2").arg(path, file.errorString());
-    file.close();
-    if (!memory) {
-        setDamagedFileAside(path);
+    if (!readState(path, error))
         return false;
-    }
-    adopt(*memory);
-    return true;
+    if (file.remove())
+        return true;
+    *error = QStringLiteral("%1: %2").arg(path, file.errorString());
+    return false;
 }
 
 bool SimulatedSystem::saveState()
@@ -79,58 +113,82 @@ bool SimulatedSystem::saveState()
     return false;
 }
 
+void SimulatedSystem::perform(const EquipmentCommand& command)
+{
+    switch (command.kind) {
+    case EquipmentCommand::Kind::StartMeasurement:
+        setMeasuring(true);
+        break;
+    case EquipmentCommand::Kind::StopMeasurement:
+        setMeasuring(false);
+        break;
+    case EquipmentCommand::Kind::PowerCycle:
+        powerCycle();
+        break;
+    case EquipmentCommand::Kind::PowerCycleCamera:
+        powerCycleCamera(command.camera);
+        break;
+    case EquipmentCommand::Kind::ArmFault:
+        armFault(command.fault);
+        break;
+    case EquipmentCommand::Kind::DisarmFaults:
+        disarmFaults();
+        break;
+    }
+}
+
 void SimulatedSystem::setMeasuring(bool measuring)
 {
     if (!isReachable())
         return;
     const bool refuses = m_scenario.measurement == Measurement::Unstoppable;
     const Measurement running = refuses ? Measurement::Unstoppable : Measurement::Running;
-    m_measurement = measuring ? running : Measurement::Off;
+    m_state.measurement = measuring ? running : Measurement::Off;
     keepState();
 }
 
 void SimulatedSystem::powerCycleCamera(int index)
 {
-    if (index < 0 || index >= m_cameras.size())
+    if (index < 0 || index >= m_state.cameras.size())
         return;
     if (index == m_receivingCamera)
         dropReception(QString());
-    CameraState& camera = m_cameras[index];
+    CameraState& camera = m_state.cameras[index];
     camera.running = true;
     camera.found = false;
-    for (const Fault& fault : m_faults.takeForRestart({cameraName(index)})) {
+    for (const Fault& fault : m_state.faults.takeForRestart({cameraName(index)})) {
         if (fault.mode == FaultMode::NeverComeBack)
             camera.running = false;
         else
             forgetStaged(&camera);
     }
     startStaged(&camera);
-    becomeIdle(&camera, m_power);
+    becomeIdle(&camera, m_state.power);
     keepState();
 }
 
 void SimulatedSystem::powerCycle()
 {
-    for (int index = 0; index < m_controllers.size(); ++index)
-        m_controllers[index].available = m_scenario.controllers.at(index).available;
+    for (int index = 0; index < m_state.controllers.size(); ++index)
+        m_state.controllers[index].available = m_scenario.controllers.at(index).available;
     goDown(Power::Restarting);
 }
 
 void SimulatedSystem::armFault(const Fault& fault)
 {
-    m_faults.add(fault);
+    m_state.faults.add(fault);
     emit changed();
 }
 
 void SimulatedSystem::disarmFaults()
 {
-    m_faults.clear();
+    m_state.faults.clear();
     emit changed();
 }
 
 std::optional<Fault> SimulatedSystem::takeFault(const ExchangeMoment& moment)
 {
-    const std::optional<Fault> fault = m_faults.takeForExchange(moment);
+    const std::optional<Fault> fault = m_state.faults.takeForExchange(moment);
     if (fault)
         emit changed();
     return fault;
@@ -138,8 +196,8 @@ std::optional<Fault> SimulatedSystem::takeFault(const ExchangeMoment& moment)
 
 int SimulatedSystem::slaveAt(const QString& address) const
 {
-    for (int index = 1; index < m_controllers.size(); ++index) {
-        if (m_controllers.at(index).address == address)
+    for (int index = 1; index < m_state.controllers.size(); ++index) {
+        if (m_state.controllers.at(index).address == address)
             return index;
     }
     return -1;
@@ -155,14 +213,14 @@ const BlockReceiver& SimulatedSystem::takeRecord(PayloadComponent component, int
                                                  const QByteArray& text)
 {
     directReceptionTo(noCamera);
-    return receive(&m_controllers[m_updateTarget], component, count, number, text);
+    return receive(&m_state.controllers[m_updateTarget], component, count, number, text);
 }
 
 const BlockReceiver& SimulatedSystem::takeCameraRecord(int index, int count, int number,
                                                        const QByteArray& text)
 {
     directReceptionTo(index);
-    CameraState& camera = m_cameras[index];
+    CameraState& camera = m_state.cameras[index];
     receive(&camera, PayloadComponent::CameraFirmware, count, number, text);
     if (m_receiver.refused())
         forgetStaged(&camera);
@@ -173,10 +231,10 @@ void SimulatedSystem::dropReception(const QString& reason)
 {
     if (m_receiver.state() == BlockReceiver::State::Receiving) {
         if (m_receivingCamera == noCamera) {
-            m_controllers[m_updateTarget].activity = reason;
+            m_state.controllers[m_updateTarget].activity = reason;
         } else {
-            m_cameras[m_receivingCamera].activity = reason;
-            forgetStaged(&m_cameras[m_receivingCamera]);
+            m_state.cameras[m_receivingCamera].activity = reason;
+            forgetStaged(&m_state.cameras[m_receivingCamera]);
         }
         emit changed();
     }
@@ -185,9 +243,9 @@ void SimulatedSystem::dropReception(const QString& reason)
 
 bool SimulatedSystem::stopMeasurement()
 {
-    if (m_measurement == Measurement::Unstoppable)
+    if (m_state.measurement == Measurement::Unstoppable)
         return false;
-    if (m_measurement == Measurement::Running)
+    if (m_state.measurement == Measurement::Running)
         setMeasuring(false);
     return true;
 }
@@ -195,9 +253,9 @@ bool SimulatedSystem::stopMeasurement()
 void SimulatedSystem::searchHardware()
 {
     dropReception(QString());
-    for (CameraState& camera : m_cameras) {
+    for (CameraState& camera : m_state.cameras) {
         camera.found = camera.running;
-        becomeIdle(&camera, m_power);
+        becomeIdle(&camera, m_state.power);
     }
     keepState();
 }
@@ -217,7 +275,7 @@ void SimulatedSystem::shutDown()
 
 void SimulatedSystem::settle()
 {
-    if (m_power != Power::Restarting)
+    if (m_state.power != Power::Restarting)
         return;
     // A clock that was set back must not make the restart longer than a restart is.
     const qint64 now = m_nowMs();
@@ -233,10 +291,10 @@ bool SimulatedSystem::applyRestartFaults()
 {
     bool masterComesBack = true;
     QStringList hostNames;
-    for (const ControllerState& controller : qAsConst(m_controllers))
+    for (const ControllerState& controller : qAsConst(m_state.controllers))
         hostNames.append(controller.hostName);
-    for (const Fault& fault : m_faults.takeForRestart(hostNames)) {
-        for (ControllerState& controller : m_controllers) {
+    for (const Fault& fault : m_state.faults.takeForRestart(hostNames)) {
+        for (ControllerState& controller : m_state.controllers) {
             if (!fault.concerns(controller.hostName))
                 continue;
             if (fault.mode == FaultMode::ComeBackOld)
@@ -255,8 +313,9 @@ void SimulatedSystem::goDown(Power power)
     m_receiver.drop();
     m_receivingCamera = noCamera;
     m_updateTarget = 0;
-    m_measurement = Measurement::Off;
-    m_power = power;
+    m_state.measurement = Measurement::Off;
+    m_state.power = power;
+    ++m_outages;
     m_restartEndsMs = m_nowMs() + m_scenario.timing.bootMs;
     allBecomeIdle();
     armRestartTimer();
@@ -265,8 +324,8 @@ void SimulatedSystem::goDown(Power power)
 
 void SimulatedSystem::finishRestart()
 {
-    m_power = Power::On;
-    for (ControllerState& controller : m_controllers) {
+    m_state.power = Power::On;
+    for (ControllerState& controller : m_state.controllers) {
         if (controller.available)
             startStaged(&controller);
     }
@@ -276,41 +335,41 @@ void SimulatedSystem::finishRestart()
 
 void SimulatedSystem::armRestartTimer()
 {
-    if (m_power == Power::Restarting && QAbstractEventDispatcher::instance())
+    if (m_state.power == Power::Restarting && QAbstractEventDispatcher::instance())
         m_restartTimer.start(static_cast<int>(msUntilReachable()));
 }
 
 void SimulatedSystem::allBecomeIdle()
 {
-    for (ControllerState& controller : m_controllers)
-        becomeIdle(&controller, m_power);
-    for (CameraState& camera : m_cameras)
-        becomeIdle(&camera, m_power);
+    for (ControllerState& controller : m_state.controllers)
+        becomeIdle(&controller, m_state.power);
+    for (CameraState& camera : m_state.cameras)
+        becomeIdle(&camera, m_state.power);
 }
 
 SystemMemory SimulatedSystem::memory() const
 {
     SystemMemory memory;
     memory.scenario = m_scenario.name;
-    memory.power = m_power;
+    memory.power = m_state.power;
     memory.restartEndsMs = m_restartEndsMs;
-    memory.measurement = m_measurement;
-    for (const ControllerState& controller : m_controllers)
+    memory.measurement = m_state.measurement;
+    for (const ControllerState& controller : m_state.controllers)
         memory.controllers.append(memoryOf(controller));
-    for (const CameraState& camera : m_cameras)
+    for (const CameraState& camera : m_state.cameras)
         memory.cameras.append(memoryOf(camera));
     return memory;
 }
 
 void SimulatedSystem::adopt(const SystemMemory& memory)
 {
-    m_power = memory.power;
+    m_state.power = memory.power;
     m_restartEndsMs = memory.restartEndsMs;
-    m_measurement = memory.measurement;
-    for (int index = 0; index < m_controllers.size(); ++index)
-        ::adopt(&m_controllers[index], memory.controllers.at(index));
-    for (int index = 0; index < m_cameras.size(); ++index)
-        ::adopt(&m_cameras[index], memory.cameras.at(index));
+    m_state.measurement = memory.measurement;
+    for (int index = 0; index < m_state.controllers.size(); ++index)
+        ::adopt(&m_state.controllers[index], memory.controllers.at(index));
+    for (int index = 0; index < m_state.cameras.size(); ++index)
+        ::adopt(&m_state.cameras[index], memory.cameras.at(index));
     allBecomeIdle();
     settle();
     emit changed();
@@ -348,7 +407,7 @@ const BlockReceiver& SimulatedSystem::receive(Device* device, PayloadComponent c
     device->recordsExpected = m_receiver.expected();
     if (state == BlockReceiver::State::Complete) {
         stage(device, m_receiver.head(), today());
-        becomeIdle(device, m_power);
+        becomeIdle(device, m_state.power);
         saveState();
     } else {
         device->activity = QStringLiteral("Update refused: %1").arg(m_receiver.reason());

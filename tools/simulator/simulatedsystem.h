@@ -1,10 +1,8 @@
 #pragma once
 
 #include "blockreceiver.h"
-#include "devicestates.h"
-#include "scenario.h"
-#include "systemstate.h"
-#include "testbench.h"
+
+#include <equipment.h>
 
 #include <QTimer>
 
@@ -14,40 +12,65 @@
 ///
 /// All time is told by a clock of milliseconds that is handed in; nothing here waits. To be used
 /// from one thread, the one it lives in.
-class SimulatedSystem : public TestBench
+class SimulatedSystem : public Equipment
 {
     Q_OBJECT
 
 public:
+    /// Tells the milliseconds since 1970.
     using Clock = std::function<qint64()>;
 
     /// @param nowMs milliseconds since 1970; the machine's clock if none is given
     explicit SimulatedSystem(Scenario scenario, Clock nowMs = {}, QObject* parent = nullptr);
 
     const Scenario& scenario() const override { return m_scenario; }
-    const QVector<ControllerState>& controllers() const override { return m_controllers; }
-    const QVector<CameraState>& cameras() const override { return m_cameras; }
-    Measurement measurement() const override { return m_measurement; }
-    const QVector<Fault>& armedFaults() const override { return m_faults.armed(); }
-    bool isReachable() const override { return m_power == Power::On; }
+    const EquipmentState& state() const override { return m_state; }
     qint64 msUntilReachable() const override;
-    void setMeasuring(bool measuring) override;
-    void powerCycleCamera(int index) override;
-    void powerCycle() override;
-    void armFault(const Fault& fault) override;
-    void disarmFaults() override;
+    void perform(const EquipmentCommand& command) override;
+
+    /// A part of state(), or one of the commands of perform().
+    ///@{
+    const QVector<ControllerState>& controllers() const { return m_state.controllers; }
+    const QVector<CameraState>& cameras() const { return m_state.cameras; }
+    Measurement measurement() const { return m_state.measurement; }
+    Power power() const { return m_state.power; }
+    const QVector<Fault>& armedFaults() const { return m_state.faults.armed(); }
+    void setMeasuring(bool measuring);
+    void powerCycleCamera(int index);
+    void powerCycle();
+    void armFault(const Fault& fault);
+    void disarmFaults();
+    ///@}
+
+    /// What loadState() found.
+    enum class StateLoad
+    {
+        Taken,    ///< a state, or no file yet
+        SetAside, ///< a state that is damaged or about other devices
+        Refused,  ///< something that is no state, or cannot be read or moved
+    };
 
     /// Takes over what an earlier process left in the file @p path, and keeps the state there from
-    /// now on. A file that does not exist yet is no failure.
+    /// now on.
     ///
-    /// @param error must not be null; receives "FILE: PATH: REASON" on failure
-    /// @return false if the file is damaged, is about other devices or cannot be read: it is
-    ///         renamed to @p path + ".damaged", and the system stands as the scenario tells.
-    bool loadState(const QString& path, QString* error);
+    /// A state that cannot be taken over is renamed to @p path + ".damaged", with a number where
+    /// that is taken, and the system stands as the scenario tells. What is no state is not touched,
+    /// and nothing is kept then.
+    /// @param error must not be null; receives "FILE: REASON" unless the state was taken
+    StateLoad loadState(const QString& path, QString* error);
+
+    /// Whether the file @p path holds a state, if maybe a damaged one.
+    static bool holdsState(const QString& path);
+
+    /// Removes the state that an earlier process left in the file @p path. A file that is not there
+    /// is no failure; what is no state is not touched.
+    /// @param error must not be null; receives "FILE: REASON" on failure
+    static bool removeState(const QString& path, QString* error);
 
     /// What of the system outlives the process.
     SystemMemory memory() const;
-    Power power() const { return m_power; }
+    /// How often it went down since this object was made.
+    int outages() const { return m_outages; }
 
     /// Writes the state to the file of loadState(); done by itself at every change of versions,
     /// power or measurement. Without such a file it does nothing and succeeds.
@@ -75,6 +98,7 @@ public:
 
     /// @return false if the measurement refuses to stop
     bool stopMeasurement();
+    /// From now on the controller knows the cameras that run, and no others.
     void searchHardware();
     /// The first fault that strikes at @p moment, taken off the count of its times.
     std::optional<Fault> takeFault(const ExchangeMoment& moment);
@@ -108,15 +132,12 @@ private:
 
     Scenario m_scenario;
     Clock m_nowMs;
-    QVector<ControllerState> m_controllers;
-    QVector<CameraState> m_cameras;
-    Measurement m_measurement;
-    FaultPlan m_faults;
+    EquipmentState m_state;
     // One for all devices: they share one channel, and so the memory for blocks is bounded.
     BlockReceiver m_receiver;
     int m_receivingCamera = noCamera;
     int m_updateTarget = 0;
-    Power m_power = Power::On;
+    int m_outages = 0;
     qint64 m_restartEndsMs = 0;
     QTimer m_restartTimer;
     QString m_stateFile;

@@ -1,11 +1,14 @@
 #pragma once
 
+#include <patience.h>
+
 #include <endpoint.h>
 
 #include <QProcess>
 #include <QTcpSocket>
 
 #include <csignal>
+#include <functional>
 #include <optional>
 
 #include <sys/prctl.h>
@@ -15,13 +18,16 @@
 /// SIMULATED_SYSTEM, the path of that program.
 
 /// For everything that another process does, on any machine.
-constexpr int processWaitMs = 20000;
+constexpr int processWaitMs = patienceMs;
 
 /// A process that does not outlive its test, however that ends.
 class ChildProcess : public QProcess
 {
 public:
     using QProcess::QProcess;
+
+    /// @param inChild what the process does before it becomes the program
+    void setInChild(const std::function<void()>& inChild) { m_inChild = inChild; }
 
     ~ChildProcess() override { end(); }
 
@@ -32,15 +38,25 @@ public:
     }
 
 protected:
-    void setupChildProcess() override { ::prctl(PR_SET_PDEATHSIG, SIGKILL); }
+    void setupChildProcess() override
+    {
+        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+        if (m_inChild)
+            m_inChild();
+    }
+
+private:
+    std::function<void()> m_inChild;
 };
 
 /// `simulated-system`, as it was started.
 class SimulatedProgram
 {
 public:
-    explicit SimulatedProgram(const QStringList& arguments)
+    explicit SimulatedProgram(const QStringList& arguments,
+                              const std::function<void()>& inChild = nullptr)
     {
+        m_process.setInChild(inChild);
         m_process.start(QStringLiteral(SIMULATED_SYSTEM), arguments);
     }
 

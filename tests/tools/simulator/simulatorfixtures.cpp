@@ -55,54 +55,57 @@ Scenario shippedScenario(const QString& name)
     return *scenario;
 }
 
-Equipment::Equipment(const Scenario& scenario)
+SimulatedSite::SimulatedSite(const Scenario& scenario)
     : system(scenario, [this] { return nowMs; }), interpreter(system)
 {
 }
 
-Equipment::Equipment(const QString& scenarioName) : Equipment(shippedScenario(scenarioName)) {}
+SimulatedSite::SimulatedSite(const QString& scenarioName)
+    : SimulatedSite(shippedScenario(scenarioName))
+{
+}
 
-QByteArray Equipment::getString(const QByteArray& text)
+QByteArray SimulatedSite::getString(const QByteArray& text)
 {
     const Reply reply = interpreter.execute(Operation::GetString, text);
     return reply.ok ? reply.text : "failed: " + reply.text;
 }
 
-Reply Equipment::set(const QByteArray& text)
+Reply SimulatedSite::set(const QByteArray& text)
 {
     return interpreter.execute(Operation::SetValue, text);
 }
 
-Reply Equipment::command(const QByteArray& text)
+Reply SimulatedSite::command(const QByteArray& text)
 {
     return interpreter.execute(Operation::Command, text);
 }
 
-Reply Equipment::send(const QByteArray& words, const QByteArray& payload)
+Reply SimulatedSite::send(const QByteArray& words, const QByteArray& payload)
 {
     return sendRecords(Operation::SetValue, words, payload);
 }
 
-Reply Equipment::sendToCamera(const QByteArray& camera, const QByteArray& payload)
+Reply SimulatedSite::sendToCamera(const QByteArray& camera, const QByteArray& payload)
 {
     return sendRecords(Operation::Command, "vornix2 set camera update " + camera, payload);
 }
 
-void Equipment::waitMs(qint64 ms)
+void SimulatedSite::waitMs(qint64 ms)
 {
     nowMs += ms;
     system.settle();
 }
 
-void Equipment::bringUp()
+void SimulatedSite::bringUp()
 {
     if (system.msUntilReachable() < 0)
         system.powerCycle();
     waitMs(system.msUntilReachable());
 }
 
-Reply Equipment::sendRecords(Operation operation, const QByteArray& words,
-                             const QByteArray& payload)
+Reply SimulatedSite::sendRecords(Operation operation, const QByteArray& words,
+                                 const QByteArray& payload)
 {
     const QList<QByteArray> texts = recordTexts(payload);
     Reply reply;

@@ -35,10 +35,10 @@ QByteArray cameraFirmware(VersionInfo version, const QString& appendix = QString
 Scenario shippedScenario(const QString& name);
 
 /// A system with a clock that only a test moves, and its interpreter.
-struct Equipment
+struct SimulatedSite
 {
-    explicit Equipment(const Scenario& scenario);
-    explicit Equipment(const QString& scenarioName);
+    explicit SimulatedSite(const Scenario& scenario);
+    explicit SimulatedSite(const QString& scenarioName);
 
     QByteArray getString(const QByteArray& text);
     Reply set(const QByteArray& text);

@@ -5,9 +5,13 @@
 
 using State = BlockReceiver::State;
 
-static const PayloadComponent pt = PayloadComponent::TrackingSoftware;
+namespace {
 
-class BlockReceiverTest : public QObject
+const PayloadComponent pt = PayloadComponent::TrackingSoftware;
+
+} // namespace
+
+class TestBlockReceiver : public QObject
 {
     Q_OBJECT
 
@@ -24,7 +28,9 @@ private slots:
     void refusesABlockBeyondTheLimit();
 };
 
-static State takeAll(BlockReceiver* receiver, const QList<QByteArray>& texts)
+namespace {
+
+State takeAll(BlockReceiver* receiver, const QList<QByteArray>& texts)
 {
     State state = State::Idle;
     for (int index = 0; index < texts.size(); ++index)
@@ -33,7 +39,7 @@ static State takeAll(BlockReceiver* receiver, const QList<QByteArray>& texts)
 }
 
 // A receiver that has taken records 1 and 2 of 5.
-static BlockReceiver receiverAfterTwo()
+BlockReceiver receiverAfterTwo()
 {
     BlockReceiver receiver;
     receiver.take(pt, 5, 1, "AAAA");
@@ -41,14 +47,16 @@ static BlockReceiver receiverAfterTwo()
     return receiver;
 }
 
-void BlockReceiverTest::reassemblesRecordsOfAnySize_data()
+} // namespace
+
+void TestBlockReceiver::reassemblesRecordsOfAnySize_data()
 {
     QTest::addColumn<int>("recordSize");
     for (const int size : {1, 2, 3, 7, 119, 120})
         QTest::addRow("%d bytes", size) << size;
 }
 
-void BlockReceiverTest::reassemblesRecordsOfAnySize()
+void TestBlockReceiver::reassemblesRecordsOfAnySize()
 {
     QFETCH(int, recordSize);
     BlockReceiver receiver;
@@ -61,7 +69,7 @@ void BlockReceiverTest::reassemblesRecordsOfAnySize()
     QCOMPARE(receiver.expected(), texts.size());
 }
 
-void BlockReceiverTest::refusesARecord_data()
+void TestBlockReceiver::refusesARecord_data()
 {
     QTest::addColumn<PayloadComponent>("component");
     QTest::addColumn<int>("count");
@@ -85,15 +93,14 @@ void BlockReceiverTest::refusesARecord_data()
     QTest::newRow("number above the count") << pt << 5 << 6 << good << impossible;
     QTest::newRow("count 0") << pt << 0 << 0 << good << impossible;
     QTest::newRow("negative numbers") << pt << -5 << -3 << good << impossible;
-    QTest::newRow("count beyond the limit")
-        << pt << BlockReceiver::maxRecords + 1 << 1 << good << impossible;
+    QTest::newRow("count beyond the limit") << pt << maxRecords + 1 << 1 << good << impossible;
     QTest::newRow("a foreign character") << pt << 5 << 3 << QByteArray("AA-A") << notText;
     QTest::newRow("a length that no record has") << pt << 5 << 3 << QByteArray("A") << notText;
     QTest::newRow("121 bytes") << pt << 5 << 3 << sixBitText(QByteArray(121, 'x'))
                                << QStringLiteral("record exceeds 120 bytes");
 }
 
-void BlockReceiverTest::refusesARecord()
+void TestBlockReceiver::refusesARecord()
 {
     QFETCH(PayloadComponent, component);
     QFETCH(int, count);
@@ -105,7 +112,7 @@ void BlockReceiverTest::refusesARecord()
     QVERIFY(receiver.refused());
 }
 
-void BlockReceiverTest::refusesEverythingAfterARefusal()
+void TestBlockReceiver::refusesEverythingAfterARefusal()
 {
     BlockReceiver receiver = receiverAfterTwo();
     receiver.take(pt, 5, 4, "AAAA");
@@ -113,7 +120,7 @@ void BlockReceiverTest::refusesEverythingAfterARefusal()
     QCOMPARE(receiver.reason(), QStringLiteral("record 3 without a record 1 before it"));
 }
 
-void BlockReceiverTest::startsAnewWithRecordOne()
+void TestBlockReceiver::startsAnewWithRecordOne()
 {
     const QList<QByteArray> texts = recordTexts(trackingSoftware({3, 3, 0}));
     BlockReceiver unfinished = receiverAfterTwo();
@@ -125,7 +132,7 @@ void BlockReceiverTest::startsAnewWithRecordOne()
     QCOMPARE(takeAll(&refused, texts), State::Complete);
 }
 
-void BlockReceiverTest::findsDamage_data()
+void TestBlockReceiver::findsDamage_data()
 {
     QTest::addColumn<QByteArray>("payload");
     QTest::addColumn<QString>("reason");
@@ -140,7 +147,7 @@ void BlockReceiverTest::findsDamage_data()
         << controllerFirmware({1, 4}) << QStringLiteral("payload is for another component");
 }
 
-void BlockReceiverTest::findsDamage()
+void TestBlockReceiver::findsDamage()
 {
     QFETCH(QByteArray, payload);
     BlockReceiver receiver;
@@ -149,7 +156,7 @@ void BlockReceiverTest::findsDamage()
     QVERIFY(receiver.refused());
 }
 
-void BlockReceiverTest::dropForgetsTheBlock()
+void TestBlockReceiver::dropForgetsTheBlock()
 {
     BlockReceiver receiver = receiverAfterTwo();
     receiver.drop();
@@ -159,17 +166,17 @@ void BlockReceiverTest::dropForgetsTheBlock()
     QCOMPARE(receiver.take(pt, 5, 3, "AAAA"), State::Refused);
 }
 
-void BlockReceiverTest::refusesABlockBeyondTheLimit()
+void TestBlockReceiver::refusesABlockBeyondTheLimit()
 {
-    const QByteArray text = sixBitText(QByteArray(BlockReceiver::maxRecordBytes, 'x'));
-    const int fitting = BlockReceiver::maxBlockBytes / BlockReceiver::maxRecordBytes;
+    const QByteArray text = sixBitText(QByteArray(maxRecordBytes, 'x'));
+    const int fitting = maxBlockBytes / maxRecordBytes;
     BlockReceiver receiver;
     for (int number = 1; number <= fitting; ++number)
-        receiver.take(pt, BlockReceiver::maxRecords, number, text);
+        receiver.take(pt, maxRecords, number, text);
     QCOMPARE(receiver.received(), fitting);
-    QCOMPARE(receiver.take(pt, BlockReceiver::maxRecords, fitting + 1, text), State::Refused);
+    QCOMPARE(receiver.take(pt, maxRecords, fitting + 1, text), State::Refused);
     QCOMPARE(receiver.reason(), QStringLiteral("block exceeds 67108864 bytes"));
 }
 
-ZAN_TEST_MAIN(BlockReceiverTest)
+ZAN_TEST_MAIN(TestBlockReceiver)
 #include "tst_blockreceiver.moc"

@@ -5,10 +5,14 @@
 
 #include <sys/resource.h>
 
-static const QByteArray unknown = "vornix2 err -1 \"unknown text\"";
-static const QByteArray noDevice = "vornix2 err -2 \"no such device\"";
+namespace {
 
-class CommandInterpreterTest : public QObject
+const QByteArray unknown = "vornix2 err -1 \"unknown text\"";
+const QByteArray noDevice = "vornix2 err -2 \"no such device\"";
+
+} // namespace
+
+class TestCommandInterpreter : public QObject
 {
     Q_OBJECT
 
@@ -37,20 +41,24 @@ private slots:
     void longValueIsCutToWhatAHostHasRoomFor();
 };
 
+namespace {
+
 // Two controllers that are there, one that is not, three cameras.
-static Scenario scenario()
+Scenario scenario()
 {
     Scenario scenario = shippedScenario(QStringLiteral("slave-missing"));
     scenario.controllers[1].pt = QStringLiteral("v3.2.0-beta.2 2025-06-20");
     scenario.controllers[1].model = 3;
     scenario.controllers[1].modelDescription = QStringLiteral("ZAN Größe 3");
     scenario.cameras = {{"0x0901", "C-1", "v1.3.0-rc.1", "Camera T9"},
-                        {"0x0c01", "C-2", "v2.0.0", ""},
+                        {"0x0c01", "C-2", "v2.0.0", "Kamera Köln"},
                         {"0x0901", "C-3", "v1.4.0", "Camera T9"}};
     return scenario;
 }
 
-void CommandInterpreterTest::answersQueries_data()
+} // namespace
+
+void TestCommandInterpreter::answersQueries_data()
 {
     QTest::addColumn<QByteArray>("value");
     const auto row = [](const char* text, const QByteArray& value) {
@@ -95,17 +103,17 @@ void CommandInterpreterTest::answersQueries_data()
     row("camera version c01", "v1.3.0-rc.1");
     row("camera version c03", "v1.4.0");
     row("camera model_desc 0x0901", "\"Camera T9\"");
-    row("camera model_desc 0x0c01", "\"\"");
+    row("camera model_desc 0x0c01", "\"Kamera K\xf6ln\"");
     row("camera model_desc 0x0e01", "failed: " + noDevice);
 }
 
-void CommandInterpreterTest::answersQueries()
+void TestCommandInterpreter::answersQueries()
 {
-    Equipment equipment(scenario());
+    SimulatedSite equipment(scenario());
     QTEST(equipment.getString(QTest::currentDataTag()), "value");
 }
 
-void CommandInterpreterTest::answersNumbers_data()
+void TestCommandInterpreter::answersNumbers_data()
 {
     QTest::addColumn<int>("number");
     QTest::newRow("system model") << 2;
@@ -118,16 +126,16 @@ void CommandInterpreterTest::answersNumbers_data()
     QTest::newRow("system speed") << -1;
 }
 
-void CommandInterpreterTest::answersNumbers()
+void TestCommandInterpreter::answersNumbers()
 {
     QFETCH(int, number);
-    Equipment equipment(scenario());
+    SimulatedSite equipment(scenario());
     const Reply reply = equipment.interpreter.execute(Operation::GetInt, QTest::currentDataTag());
     QCOMPARE(reply.ok, number >= 0);
     QCOMPARE(reply.integer, qMax(0, number));
 }
 
-void CommandInterpreterTest::followsTheProtocol_data()
+void TestCommandInterpreter::followsTheProtocol_data()
 {
     QTest::addColumn<Operation>("operation");
     QTest::addColumn<QByteArray>("text");
@@ -155,7 +163,7 @@ void CommandInterpreterTest::followsTheProtocol_data()
     row(Operation::GetString, "cascade wol_slaves", {0, 0});
 }
 
-void CommandInterpreterTest::followsTheProtocol()
+void TestCommandInterpreter::followsTheProtocol()
 {
     QFETCH(Operation, operation);
     QFETCH(QByteArray, text);
@@ -166,14 +174,14 @@ void CommandInterpreterTest::followsTheProtocol()
           VersionInfo(1, 23), VersionInfo(2, 0)}) {
         Scenario spoken = scenario();
         spoken.protocol = protocol;
-        Equipment equipment(spoken);
+        SimulatedSite equipment(spoken);
         const Reply reply = equipment.interpreter.execute(operation, text);
         QCOMPARE(reply.ok, protocol >= since);
         QVERIFY(reply.ok || reply.text == unknown);
     }
 }
 
-void CommandInterpreterTest::refusesAnyOtherText_data()
+void TestCommandInterpreter::refusesAnyOtherText_data()
 {
     QTest::addColumn<QByteArray>("text");
     const auto row = [](const char* name, const QByteArray& text) {
@@ -209,10 +217,10 @@ void CommandInterpreterTest::refusesAnyOtherText_data()
 }
 
 // By whatever operation it comes, it gets an error reply, and the devices answer on.
-void CommandInterpreterTest::refusesAnyOtherText()
+void TestCommandInterpreter::refusesAnyOtherText()
 {
     QFETCH(QByteArray, text);
-    Equipment equipment(scenario());
+    SimulatedSite equipment(scenario());
     for (const Operation operation :
          {Operation::GetString, Operation::GetInt, Operation::SetValue, Operation::Command}) {
         const Reply reply = equipment.interpreter.execute(operation, text);
@@ -223,24 +231,28 @@ void CommandInterpreterTest::refusesAnyOtherText()
     QCOMPARE(equipment.getString("system hostname"), QByteArray("zan-master"));
 }
 
+namespace {
+
 // The most memory that this process has had so far.
-static long peakKilobytes()
+long peakKilobytes()
 {
     rusage usage{};
     getrusage(RUSAGE_SELF, &usage);
     return usage.ru_maxrss;
 }
 
-void CommandInterpreterTest::endlessTextTakesNoMemory()
+} // namespace
+
+void TestCommandInterpreter::endlessTextTakesNoMemory()
 {
-    Equipment equipment(scenario());
+    SimulatedSite equipment(scenario());
     const QByteArray text = "system update 2 1 " + QByteArray(10000000, ' ');
     const long before = peakKilobytes();
     QCOMPARE(equipment.set(text).text, QByteArray("vornix2 err -10 \"no such record in a block\""));
     QVERIFY(peakKilobytes() - before < 1000);
 }
 
-void CommandInterpreterTest::redirectsToKnownControllersOnly_data()
+void TestCommandInterpreter::redirectsToKnownControllersOnly_data()
 {
     QTest::addColumn<QByteArray>("reply");
     QTest::addColumn<int>("target");
@@ -252,9 +264,9 @@ void CommandInterpreterTest::redirectsToKnownControllersOnly_data()
     QTest::newRow("") << noDevice << 0;
 }
 
-void CommandInterpreterTest::redirectsToKnownControllersOnly()
+void TestCommandInterpreter::redirectsToKnownControllersOnly()
 {
-    Equipment equipment(scenario());
+    SimulatedSite equipment(scenario());
     const Reply reply =
         equipment.set(QByteArray("system redirect_update ") + QTest::currentDataTag());
     QTEST(reply.text, "reply");
@@ -262,7 +274,7 @@ void CommandInterpreterTest::redirectsToKnownControllersOnly()
     QTEST(equipment.system.updateTarget(), "target");
 }
 
-void CommandInterpreterTest::stopsAMeasurement_data()
+void TestCommandInterpreter::stopsAMeasurement_data()
 {
     QTest::addColumn<Measurement>("measurement");
     QTest::addColumn<QByteArray>("before");
@@ -277,36 +289,36 @@ void CommandInterpreterTest::stopsAMeasurement_data()
         << QByteArray("vornix2 err -3 \"the measurement does not stop\"") << QByteArray("mea");
 }
 
-void CommandInterpreterTest::stopsAMeasurement()
+void TestCommandInterpreter::stopsAMeasurement()
 {
     QFETCH(Measurement, measurement);
     Scenario measuring = scenario();
     measuring.measurement = measurement;
-    Equipment equipment(measuring);
+    SimulatedSite equipment(measuring);
     QTEST(equipment.getString("status active"), "before");
     QTEST(equipment.command("vornix2 tracking stop").text, "reply");
     QTEST(equipment.getString("status active"), "after");
 }
 
-void CommandInterpreterTest::searchForHardwareTakesItsTime()
+void TestCommandInterpreter::searchForHardwareTakesItsTime()
 {
-    Equipment equipment(scenario());
+    SimulatedSite equipment(scenario());
     const Reply reply = equipment.command("vornix2 reinit");
     QCOMPARE(reply.text, QByteArray("vornix2 ok"));
     QCOMPARE(reply.deviceMs, 5000);
 }
 
-void CommandInterpreterTest::answersNothingWhileItIsDown_data()
+void TestCommandInterpreter::answersNothingWhileItIsDown_data()
 {
     QTest::addColumn<QByteArray>("command");
     QTest::newRow("restarting") << QByteArray("vornix2 system reboot");
     QTest::newRow("shut down") << QByteArray("vornix2 system shutdown");
 }
 
-void CommandInterpreterTest::answersNothingWhileItIsDown()
+void TestCommandInterpreter::answersNothingWhileItIsDown()
 {
     QFETCH(QByteArray, command);
-    Equipment equipment(scenario());
+    SimulatedSite equipment(scenario());
     QCOMPARE(equipment.command(command).text, QByteArray("vornix2 ok"));
     equipment.waitMs(7999);
     for (const Operation operation :
@@ -322,17 +334,17 @@ void CommandInterpreterTest::answersNothingWhileItIsDown()
     QCOMPARE(equipment.getString("system hostname"), QByteArray("zan-master"));
 }
 
-void CommandInterpreterTest::notesTheEndOfARestartByItself()
+void TestCommandInterpreter::notesTheEndOfARestartByItself()
 {
-    Equipment equipment(scenario());
+    SimulatedSite equipment(scenario());
     equipment.command("vornix2 system reboot");
     equipment.nowMs += 8000;
     QCOMPARE(equipment.getString("system hostname"), QByteArray("zan-master"));
 }
 
-void CommandInterpreterTest::timesOfRecordsAddUpToTheStream()
+void TestCommandInterpreter::timesOfRecordsAddUpToTheStream()
 {
-    Equipment equipment(scenario());
+    SimulatedSite equipment(scenario());
     int streamMs = 0;
     for (int number = 1; number <= 2750; ++number)
         streamMs += equipment
@@ -343,19 +355,19 @@ void CommandInterpreterTest::timesOfRecordsAddUpToTheStream()
     QCOMPARE(streamMs, 1000);
 }
 
-void CommandInterpreterTest::lastRecordTakesTheTimeOfTheCheck()
+void TestCommandInterpreter::lastRecordTakesTheTimeOfTheCheck()
 {
     Scenario timed = scenario();
     timed.timing.recordsPerSecond = 0;
     timed.timing.cameraRecordsPerSecond = 0;
     timed.timing.verifyMs = 3000;
     timed.timing.cameraVerifyMs = 9000;
-    Equipment equipment(timed);
+    SimulatedSite equipment(timed);
     QCOMPARE(equipment.send("system ctupdt", controllerFirmware({1, 3})).deviceMs, 3000);
     QCOMPARE(equipment.sendToCamera("c01", cameraFirmware({1, 4, 0})).deviceMs, 9000);
 }
 
-void CommandInterpreterTest::faultAtARequest_data()
+void TestCommandInterpreter::faultAtARequest_data()
 {
     QTest::addColumn<FaultMode>("mode");
     QTest::addColumn<Operation>("operation");
@@ -378,11 +390,11 @@ void CommandInterpreterTest::faultAtARequest_data()
         << FaultMode::DropConnection << Operation::Command << false << Delivery::ConnectionLost;
 }
 
-void CommandInterpreterTest::faultAtARequest()
+void TestCommandInterpreter::faultAtARequest()
 {
     QFETCH(FaultMode, mode);
     QFETCH(Operation, operation);
-    Equipment equipment(scenario());
+    SimulatedSite equipment(scenario());
     Fault fault;
     fault.mode = mode;
     fault.request = "s";
@@ -394,13 +406,13 @@ void CommandInterpreterTest::faultAtARequest()
     QCOMPARE(equipment.getString("system hostname"), QByteArray("zan-master"));
 }
 
-void CommandInterpreterTest::longValueIsCutToWhatAHostHasRoomFor()
+void TestCommandInterpreter::longValueIsCutToWhatAHostHasRoomFor()
 {
     Scenario wordy = scenario();
     wordy.controllers[0].board = QString(300, QLatin1Char('b'));
-    Equipment equipment(wordy);
+    SimulatedSite equipment(wordy);
     QCOMPARE(equipment.getString("system extra motherboard").size(), 199);
 }
 
-ZAN_TEST_MAIN(CommandInterpreterTest)
+ZAN_TEST_MAIN(TestCommandInterpreter)
 #include "tst_commandinterpreter.moc"

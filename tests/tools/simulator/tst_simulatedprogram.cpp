@@ -2,9 +2,14 @@
 
 #include <simulatorfixtures.h>
 
+#include <fixturefiles.h>
+#include <fulldisk.h>
+#include <reasons.h>
 #include <testmain.h>
 
+#include <QDir>
 #include <QFile>
+#include <QTcpServer>
 #include <QTemporaryDir>
 
 class TestSimulatedProgram : public QObject
@@ -36,7 +41,10 @@ private slots:
         QVERIFY(atClosed && atOpen);
         atClosed->address = QHostAddress("127.0.0.2");
         atOpen->address = QHostAddress("127.0.0.2");
-        QCOMPARE(ask(*atClosed, "bench power"), QByteArray("Connection refused"));
+        QTcpSocket socket;
+        socket.connectToHost(atClosed->address, atClosed->port);
+        QVERIFY(!socket.waitForConnected(processWaitMs));
+        QCOMPARE(socket.error(), QAbstractSocket::ConnectionRefusedError);
         QCOMPARE(ask(*atOpen, "bench power"), QByteArray("ok on"));
         QCOMPARE(open.errorOutput(), QByteArray("simulated-system: Whoever reaches this machine "
                                                 "can operate the simulated system.\n"));
@@ -48,9 +56,11 @@ private slots:
         const std::optional<Endpoint> endpoint = first.endpoint();
         QVERIFY(endpoint);
         SimulatedProgram second({"--listen", endpoint->text()});
+        QTcpServer third;
+        QVERIFY(!third.listen(endpoint->address, endpoint->port));
         QCOMPARE(second.result(), (QStringList{"1", "",
-                                               "simulated-system: " + endpoint->text() +
-                                                   ": The bound address is already in use\n"}));
+                                               "simulated-system: " + endpoint->text() + ": " +
+                                                   third.errorString() + '\n'}));
     }
 
     void stateOutlivesAKill()
@@ -89,7 +99,7 @@ private slots:
         const QTemporaryDir folder;
         QFile file(folder.filePath("system.json"));
         QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("{");
+        file.write("{\"format\": \"simulated-system-state-1\"");
         file.close();
         SimulatedProgram program({"--scenario", "single", "--state", file.fileName()});
         const std::optional<Endpoint> endpoint = program.endpoint();
@@ -98,6 +108,60 @@ private slots:
         QVERIFY(QString::fromLocal8Bit(program.errorOutput()).startsWith(start));
         QVERIFY(QFile::exists(file.fileName() + ".damaged"));
         QCOMPARE(ask(*endpoint, "bench power"), QByteArray("ok on"));
+    }
+
+    void fileOfOthersIsLeftAlone_data()
+    {
+        QTest::addColumn<QStringList>("options");
+        QTest::newRow("by a start that goes on") << QStringList();
+        QTest::newRow("by a start anew") << QStringList{"--fresh"};
+    }
+
+    void fileOfOthersIsLeftAlone()
+    {
+        QFETCH(const QStringList, options);
+        const FixtureFolder folder;
+        const QString file = folder.write("mine.json", "{\"my\": \"work\"}");
+        QCOMPARE(SimulatedProgram(QStringList{"--state", file} + options).result(),
+                 (QStringList{"1", "",
+                              "simulated-system: " + file +
+                                  ": holds no state of a simulated system, so it is left as it is; "
+                                  "name another file, or move it away\n"}));
+        QFile now(file);
+        QVERIFY(now.open(QIODevice::ReadOnly));
+        QCOMPARE(now.readAll(), QByteArray("{\"my\": \"work\"}"));
+        QCOMPARE(QDir(folder.path()).entryList(QDir::Files), QStringList("mine.json"));
+    }
+
+    void secondProcessIsTurnedAway()
+    {
+        const FixtureFolder folder;
+        const QStringList arguments = {"--state", folder.path("state/system.json")};
+        SimulatedProgram first(arguments);
+        QVERIFY(first.endpoint());
+        const QStringList result = SimulatedProgram(arguments).result();
+        QCOMPARE(result.at(0), QString("1"));
+        QVERIFY2(result.at(2).startsWith("simulated-system: " + folder.path("state") +
+                                         ": simulated-system uses this folder, process "),
+                 qPrintable(result.at(2)));
+        first.kill();
+        QVERIFY(SimulatedProgram(arguments).endpoint());
+    }
+
+    void fullDiskIsTold()
+    {
+        const FixtureFolder folder;
+        const QString state = folder.path("system.json");
+        SimulatedProgram program({"--scenario", "single", "--state", state},
+                                 [] { FullDisk::limit(200); });
+        const std::optional<Endpoint> endpoint = program.endpoint();
+        QVERIFY(endpoint);
+        QCOMPARE(ask(*endpoint, "bench measure on"), QByteArray("ok"));
+        QCOMPARE(ask(*endpoint, "bench power"), QByteArray("ok on"));
+        program.kill();
+        QCOMPARE(program.errorOutput(),
+                 "simulated-system: " + state.toLocal8Bit() + ": " + systemReason(EFBIG) + '\n');
+        QCOMPARE(QDir(folder.path()).entryList(QDir::Files), QStringList("lock"));
     }
 
     void whatIsOnlyToldIsTold()
@@ -123,6 +187,11 @@ private slots:
             << QStringList{"--frobnicate"}
             << QStringList{"2", "",
                            "simulated-system: Unknown option 'frobnicate'. "
+                           "(--help lists the options)\n"};
+        QTest::newRow("a folder for the state")
+            << QStringList{"--state", "folder/"}
+            << QStringList{"2", "",
+                           "simulated-system: --state: \"folder/\" names no file "
                            "(--help lists the options)\n"};
         QTest::newRow("no endpoint")
             << QStringList{"--listen", "4711"}

@@ -4,7 +4,7 @@
 
 #include <QSignalSpy>
 
-class SimulatedSystemTest : public QObject
+class TestSimulatedSystem : public QObject
 {
     Q_OBJECT
 
@@ -20,9 +20,9 @@ private slots:
     void powerCycleOfNoCameraDoesNothing();
 };
 
-void SimulatedSystemTest::showsTheScenario()
+void TestSimulatedSystem::showsTheScenario()
 {
-    const Equipment equipment(QStringLiteral("slave-missing"));
+    const SimulatedSite equipment(QStringLiteral("slave-missing"));
     QCOMPARE(equipment.system.controllers().size(), 3);
     const ControllerState& left = equipment.controller(1);
     QCOMPARE(left.hostName, QStringLiteral("zan-left"));
@@ -35,9 +35,9 @@ void SimulatedSystemTest::showsTheScenario()
     QVERIFY(!equipment.controller(2).available);
 }
 
-void SimulatedSystemTest::restartTakesItsTime()
+void TestSimulatedSystem::restartTakesItsTime()
 {
-    Equipment equipment(QStringLiteral("cascade"));
+    SimulatedSite equipment(QStringLiteral("cascade"));
     QCOMPARE(equipment.system.msUntilReachable(), 0);
     equipment.system.restart();
     QVERIFY(equipment.controller(2).rebooting);
@@ -50,9 +50,9 @@ void SimulatedSystemTest::restartTakesItsTime()
     QVERIFY(!equipment.controller(2).rebooting);
 }
 
-void SimulatedSystemTest::clockSetBackDoesNotProlongARestart()
+void TestSimulatedSystem::clockSetBackDoesNotProlongARestart()
 {
-    Equipment equipment(QStringLiteral("single"));
+    SimulatedSite equipment(QStringLiteral("single"));
     equipment.system.restart();
     equipment.waitMs(-3600000);
     QCOMPARE(equipment.system.msUntilReachable(), 8000);
@@ -60,7 +60,7 @@ void SimulatedSystemTest::clockSetBackDoesNotProlongARestart()
     QVERIFY(equipment.system.isReachable());
 }
 
-void SimulatedSystemTest::restartEndsByItselfWhereEventsAreServed()
+void TestSimulatedSystem::restartEndsByItselfWhereEventsAreServed()
 {
     Scenario quick = shippedScenario(QStringLiteral("single"));
     quick.timing.bootMs = 20;
@@ -72,9 +72,9 @@ void SimulatedSystemTest::restartEndsByItselfWhereEventsAreServed()
     QCOMPARE(changed.count(), 2);
 }
 
-void SimulatedSystemTest::shutDownWaitsForPower()
+void TestSimulatedSystem::shutDownWaitsForPower()
 {
-    Equipment equipment(QStringLiteral("single"));
+    SimulatedSite equipment(QStringLiteral("single"));
     equipment.send("system update", trackingSoftware({3, 3, 0}));
     equipment.command("vornix2 system shutdown");
     equipment.waitMs(Q_INT64_C(86400000));
@@ -86,9 +86,9 @@ void SimulatedSystemTest::shutDownWaitsForPower()
     QCOMPARE(equipment.getString("system version"), QByteArray("v3.3.0 2025-06-15"));
 }
 
-void SimulatedSystemTest::powerCycleEndsWhatWasGoingOn()
+void TestSimulatedSystem::powerCycleEndsWhatWasGoingOn()
 {
-    Equipment equipment(QStringLiteral("measuring"));
+    SimulatedSite equipment(QStringLiteral("measuring"));
     QCOMPARE(equipment.system.measurement(), Measurement::Running);
     equipment.set("system redirect_update 192.168.7.21");
     equipment.system.powerCycle();
@@ -97,9 +97,9 @@ void SimulatedSystemTest::powerCycleEndsWhatWasGoingOn()
     QCOMPARE(equipment.system.updateTarget(), 0);
 }
 
-void SimulatedSystemTest::showsWhatDevicesDo()
+void TestSimulatedSystem::showsWhatDevicesDo()
 {
-    Equipment equipment(QStringLiteral("controllers-and-cameras"));
+    SimulatedSite equipment(QStringLiteral("controllers-and-cameras"));
     const auto controllerDoes = [&] {
         return equipment.controller(0).activity;
     };
@@ -129,9 +129,9 @@ void SimulatedSystemTest::showsWhatDevicesDo()
     QCOMPARE(controllerDoes(), QStringLiteral("Ready"));
 }
 
-void SimulatedSystemTest::measuringIsSwitched()
+void TestSimulatedSystem::measuringIsSwitched()
 {
-    Equipment equipment(QStringLiteral("single"));
+    SimulatedSite equipment(QStringLiteral("single"));
     equipment.system.setMeasuring(true);
     QCOMPARE(equipment.system.measurement(), Measurement::Running);
     equipment.system.setMeasuring(false);
@@ -140,20 +140,20 @@ void SimulatedSystemTest::measuringIsSwitched()
     equipment.system.setMeasuring(true);
     QCOMPARE(equipment.system.measurement(), Measurement::Off);
 
-    Equipment refusing(QStringLiteral("measurement-refuses"));
+    SimulatedSite refusing(QStringLiteral("measurement-refuses"));
     refusing.system.setMeasuring(false);
     refusing.system.setMeasuring(true);
     QVERIFY(!refusing.system.stopMeasurement());
 }
 
-void SimulatedSystemTest::powerCycleOfNoCameraDoesNothing()
+void TestSimulatedSystem::powerCycleOfNoCameraDoesNothing()
 {
-    Equipment equipment(QStringLiteral("cameras"));
+    SimulatedSite equipment(QStringLiteral("cameras"));
     const QSignalSpy changed(&equipment.system, &SimulatedSystem::changed);
     equipment.system.powerCycleCamera(-1);
     equipment.system.powerCycleCamera(4);
     QCOMPARE(changed.count(), 0);
 }
 
-ZAN_TEST_MAIN(SimulatedSystemTest)
+ZAN_TEST_MAIN(TestSimulatedSystem)
 #include "tst_simulatedsystem.moc"

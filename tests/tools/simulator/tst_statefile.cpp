@@ -1,12 +1,17 @@
 #include "simulatorfixtures.h"
 
 #include <fixturefiles.h>
+#include <fulldisk.h>
+#include <reasons.h>
 #include <testmain.h>
 
+#include <QDir>
 #include <QFile>
 #include <QSignalSpy>
 
-class StateFileTest : public QObject
+#include <sys/stat.h>
+
+class TestStateFile : public QObject
 {
     Q_OBJECT
 
@@ -24,8 +29,13 @@ private slots:
     void fileOfOtherDevicesIsSetAside_data();
     void fileOfOtherDevicesIsSetAside();
     void truncatedFileIsNeverTrusted();
-    void folderInItsPlaceIsReported();
+    void emptyFileIsSetAside();
+    void whatIsNoStateIsLeftAlone_data();
+    void whatIsNoStateIsLeftAlone();
+    void onlyAStateIsRemoved_data() { whatIsNoStateIsLeftAlone_data(); }
+    void onlyAStateIsRemoved();
     void failureToWriteIsReported();
+    void stateStaysOnAFullDisk();
     void withoutFileNothingIsWritten();
 
 private:
@@ -36,30 +46,32 @@ private:
 };
 
 // One process: a system that takes its state from the file and keeps it there.
-struct Process : Equipment
+struct Process : SimulatedSite
 {
-    Process(const QString& scenarioName, const QString& path) : Equipment(scenarioName)
+    Process(const QString& scenarioName, const QString& path) : SimulatedSite(scenarioName)
     {
-        loaded = system.loadState(path, &error);
+        load = system.loadState(path, &error);
+        loaded = load == SimulatedSystem::StateLoad::Taken;
     }
 
+    SimulatedSystem::StateLoad load;
     bool loaded = false;
     QString error;
 };
 
-void StateFileTest::init()
+void TestStateFile::init()
 {
     m_folder = std::make_unique<FixtureFolder>();
     m_path = m_folder->path(QStringLiteral("deeper/state.json"));
 }
 
-QByteArray StateFileTest::written() const
+QByteArray TestStateFile::written() const
 {
     QFile file(m_path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-void StateFileTest::stagedVersionOutlivesTheProcess()
+void TestStateFile::stagedVersionOutlivesTheProcess()
 {
     Process(QStringLiteral("single"), m_path).send("system update", trackingSoftware({3, 3, 0}));
     Process second(QStringLiteral("single"), m_path);
@@ -70,7 +82,7 @@ void StateFileTest::stagedVersionOutlivesTheProcess()
     QCOMPARE(second.getString("system version"), QByteArray("v3.3.0 2025-06-15"));
 }
 
-void StateFileTest::runningVersionOutlivesTheProcess()
+void TestStateFile::runningVersionOutlivesTheProcess()
 {
     {
         Process first(QStringLiteral("single"), m_path);
@@ -82,7 +94,7 @@ void StateFileTest::runningVersionOutlivesTheProcess()
     QCOMPARE(second.getString("system version"), QByteArray("v3.3.0 2025-06-15"));
 }
 
-void StateFileTest::restartGoesOnAcrossProcesses()
+void TestStateFile::restartGoesOnAcrossProcesses()
 {
     {
         Process first(QStringLiteral("single"), m_path);
@@ -100,7 +112,7 @@ void StateFileTest::restartGoesOnAcrossProcesses()
     QCOMPARE(third.getString("system version"), QByteArray("v3.3.0 2025-06-15"));
 }
 
-void StateFileTest::shutDownOutlivesTheProcess()
+void TestStateFile::shutDownOutlivesTheProcess()
 {
     Process(QStringLiteral("single"), m_path).command("vornix2 system shutdown");
     Process second(QStringLiteral("single"), m_path);
@@ -109,7 +121,7 @@ void StateFileTest::shutDownOutlivesTheProcess()
     QVERIFY(second.system.isReachable());
 }
 
-void StateFileTest::everyOtherStateOutlivesTheProcess()
+void TestStateFile::everyOtherStateOutlivesTheProcess()
 {
     {
         Process first(QStringLiteral("controllers-and-cameras"), m_path);
@@ -126,7 +138,7 @@ void StateFileTest::everyOtherStateOutlivesTheProcess()
     QCOMPARE(second.system.measurement(), Measurement::Running);
 }
 
-void StateFileTest::restartThatEndsFarInTheFutureIsCut()
+void TestStateFile::restartThatEndsFarInTheFutureIsCut()
 {
     Process(QStringLiteral("single"), m_path).system.restart();
     m_folder->write(QStringLiteral("deeper/state.json"),
@@ -136,7 +148,7 @@ void StateFileTest::restartThatEndsFarInTheFutureIsCut()
     QCOMPARE(second.system.msUntilReachable(), 8000);
 }
 
-void StateFileTest::missingFileIsNoFailure()
+void TestStateFile::missingFileIsNoFailure()
 {
     const Process process(QStringLiteral("single"), m_path);
     QVERIFY(process.loaded);
@@ -144,18 +156,18 @@ void StateFileTest::missingFileIsNoFailure()
     QVERIFY(!QFile::exists(m_path));
 }
 
-void StateFileTest::damagedFileIsSetAside_data()
+void TestStateFile::damagedFileIsSetAside_data()
 {
     QTest::addColumn<QByteArray>("was");
     QTest::addColumn<QByteArray>("is");
     QTest::addColumn<QString>("reason");
     const auto row = [](const char* name, const QByteArray& was, const QByteArray& is,
-                        const char* reason) {
+                        const QString& reason) {
         QTest::newRow(name) << was << is << reason;
     };
-    row("no JSON", "{", "(", "line 1: illegal value");
-    row("another format", "\"format\": 1", "\"format\": 2",
-        "format: must be a whole number from 1 to 1");
+    row("no JSON", "{", "(", "line 1: " + jsonReason("("));
+    row("another format", "state-1", "state-2",
+        R"(format: must be one of "simulated-system-state-1")");
     row("unknown power", "\"on\"", "\"half\"",
         R"(power: must be one of "on", "restarting", "hung", "off")");
     row("unknown measurement", "\"off\"", "\"maybe\"",
@@ -168,7 +180,7 @@ void StateFileTest::damagedFileIsSetAside_data()
         "cameras[0].found: must be true or false");
 }
 
-void StateFileTest::damagedFileIsSetAside()
+void TestStateFile::damagedFileIsSetAside()
 {
     QFETCH(QByteArray, was);
     QFETCH(QByteArray, is);
@@ -190,7 +202,7 @@ void StateFileTest::damagedFileIsSetAside()
     QVERIFY(Process(QStringLiteral("controllers-and-cameras"), m_path).loaded);
 }
 
-void StateFileTest::fileOfOtherDevicesIsSetAside_data()
+void TestStateFile::fileOfOtherDevicesIsSetAside_data()
 {
     QTest::addColumn<QByteArray>("was");
     QTest::addColumn<QByteArray>("is");
@@ -204,7 +216,7 @@ void StateFileTest::fileOfOtherDevicesIsSetAside_data()
                                   << "cameras: must have 0 entries as in the scenario";
 }
 
-void StateFileTest::fileOfOtherDevicesIsSetAside()
+void TestStateFile::fileOfOtherDevicesIsSetAside()
 {
     QFETCH(QByteArray, was);
     QFETCH(QByteArray, is);
@@ -217,7 +229,7 @@ void StateFileTest::fileOfOtherDevicesIsSetAside()
     QVERIFY(QFile::exists(m_path + QStringLiteral(".damaged")));
 }
 
-void StateFileTest::truncatedFileIsNeverTrusted()
+void TestStateFile::truncatedFileIsNeverTrusted()
 {
     Process(QStringLiteral("controllers-and-cameras"), m_path).system.saveState();
     const QByteArray whole = written().trimmed();
@@ -225,18 +237,79 @@ void StateFileTest::truncatedFileIsNeverTrusted()
         m_folder->write(QStringLiteral("deeper/state.json"), whole.left(size));
         const Process process(QStringLiteral("controllers-and-cameras"), m_path);
         QVERIFY2(!process.loaded, qPrintable(QStringLiteral("cut at %1").arg(size)));
+        QFile::remove(m_path + QStringLiteral(".damaged"));
     }
 }
 
-void StateFileTest::folderInItsPlaceIsReported()
+void TestStateFile::emptyFileIsSetAside()
 {
-    m_folder->makeFolder(QStringLiteral("deeper/state.json"));
+    m_folder->write(QStringLiteral("deeper/state.json"), QByteArray());
     const Process process(QStringLiteral("single"), m_path);
-    QVERIFY(!process.loaded);
-    QVERIFY2(process.error.startsWith(m_path + QStringLiteral(": ")), qPrintable(process.error));
+    QCOMPARE(process.load, SimulatedSystem::StateLoad::SetAside);
+    QCOMPARE(process.error, m_path + QStringLiteral(": line 1: illegal value"));
 }
 
-void StateFileTest::failureToWriteIsReported()
+void TestStateFile::whatIsNoStateIsLeftAlone_data()
+{
+    QTest::addColumn<QString>("kind");
+    QTest::addColumn<QString>("reason");
+    const QString foreign = QStringLiteral("holds no state of a simulated system, so it is left as "
+                                           "it is; name another file, or move it away");
+    const QString irregular = QStringLiteral("is no regular file, so it is left as it is");
+    QTest::newRow("another text") << "Dear diary,\n" << foreign;
+    QTest::newRow("JSON of another program") << R"({"format": 1, "scenario": "single"})" << foreign;
+    QTest::newRow("a folder") << "folder" << irregular;
+    QTest::newRow("a pipe") << "pipe" << irregular;
+}
+
+namespace {
+
+void putInTheWay(const QString& path, const QString& kind)
+{
+    QDir().mkpath(QFileInfo(path).path());
+    if (kind == QLatin1String("folder"))
+        QDir().mkpath(path);
+    else if (kind == QLatin1String("pipe"))
+        QCOMPARE(::mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+    else
+        writeFixture(path, kind.toUtf8());
+}
+
+} // namespace
+
+void TestStateFile::whatIsNoStateIsLeftAlone()
+{
+    QFETCH(const QString, kind);
+    QFETCH(const QString, reason);
+    putInTheWay(m_path, kind);
+    Process process(QStringLiteral("single"), m_path);
+    QCOMPARE(process.load, SimulatedSystem::StateLoad::Refused);
+    QCOMPARE(process.error, m_path + QStringLiteral(": ") + reason);
+    QVERIFY(process.system.saveState());
+    QCOMPARE(QDir(m_folder->path(QStringLiteral("deeper")))
+                 .entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot),
+             QStringList(QStringLiteral("state.json")));
+    if (QFileInfo(m_path).isFile())
+        QCOMPARE(written(), kind.toUtf8());
+}
+
+void TestStateFile::onlyAStateIsRemoved()
+{
+    QFETCH(const QString, kind);
+    QFETCH(const QString, reason);
+    QString error;
+    QVERIFY(SimulatedSystem::removeState(m_path, &error));
+    Process(QStringLiteral("single"), m_path).system.saveState();
+    QVERIFY(SimulatedSystem::removeState(m_path, &error));
+    QVERIFY(!QFile::exists(m_path));
+
+    putInTheWay(m_path, kind);
+    QVERIFY(!SimulatedSystem::removeState(m_path, &error));
+    QCOMPARE(error, m_path + QStringLiteral(": ") + reason);
+    QVERIFY(QFileInfo::exists(m_path));
+}
+
+void TestStateFile::failureToWriteIsReported()
 {
     m_folder->write(QStringLiteral("deeper"), "a file where the folder should be");
     Process process(QStringLiteral("single"), m_path);
@@ -246,11 +319,26 @@ void StateFileTest::failureToWriteIsReported()
     QVERIFY(failures.first().first().toString().startsWith(m_path + QStringLiteral(": ")));
 }
 
-void StateFileTest::withoutFileNothingIsWritten()
+void TestStateFile::stateStaysOnAFullDisk()
 {
-    Equipment equipment(QStringLiteral("single"));
+    Process process(QStringLiteral("single"), m_path);
+    QVERIFY(process.system.saveState());
+    const QByteArray before = written();
+    QSignalSpy failures(&process.system, &SimulatedSystem::trouble);
+    {
+        const FullDisk disk(100);
+        process.system.restart();
+    }
+    QCOMPARE(failures.count(), 1);
+    QCOMPARE(failures.first().first().toString(), m_path + ": " + systemReason(EFBIG));
+    QCOMPARE(written(), before);
+}
+
+void TestStateFile::withoutFileNothingIsWritten()
+{
+    SimulatedSite equipment(QStringLiteral("single"));
     QVERIFY(equipment.system.saveState());
 }
 
-ZAN_TEST_MAIN(StateFileTest)
+ZAN_TEST_MAIN(TestStateFile)
 #include "tst_statefile.moc"

@@ -7,10 +7,14 @@
 
 #include <QSignalSpy>
 
-static const VersionInfo pt32(3, 2, 0);
-static const VersionInfo ct13(1, 3);
+namespace {
 
-class UpdateReceptionTest : public QObject
+const VersionInfo pt32(3, 2, 0);
+const VersionInfo ct13(1, 3);
+
+} // namespace
+
+class TestUpdateReception : public QObject
 {
     Q_OBJECT
 
@@ -48,9 +52,9 @@ private slots:
     void cameraThatNeverComesBackIsNotFound();
 };
 
-void UpdateReceptionTest::versionRunsAfterTheRestartOnly()
+void TestUpdateReception::versionRunsAfterTheRestartOnly()
 {
-    Equipment equipment(QStringLiteral("single"));
+    SimulatedSite equipment(QStringLiteral("single"));
     const Reply reply =
         equipment.send("system update", trackingSoftware(pt32, QStringLiteral("-beta.2")));
     QVERIFY(reply.ok);
@@ -65,9 +69,9 @@ void UpdateReceptionTest::versionRunsAfterTheRestartOnly()
     QCOMPARE(equipment.controller(0).stagedPt, QString());
 }
 
-void UpdateReceptionTest::redirectedUpdateReachesTheSlaveOnly()
+void TestUpdateReception::redirectedUpdateReachesTheSlaveOnly()
 {
-    Equipment equipment(QStringLiteral("cascade"));
+    SimulatedSite equipment(QStringLiteral("cascade"));
     equipment.set("system redirect_update 192.168.7.22");
     QVERIFY(equipment.send("system ctupdt", controllerFirmware(ct13)).ok);
     equipment.command("vornix2 system reboot");
@@ -80,9 +84,9 @@ void UpdateReceptionTest::redirectedUpdateReachesTheSlaveOnly()
     QCOMPARE(equipment.system.updateTarget(), 0);
 }
 
-void UpdateReceptionTest::chainLeavesTheNewestVersion()
+void TestUpdateReception::chainLeavesTheNewestVersion()
 {
-    Equipment equipment(QStringLiteral("single"));
+    SimulatedSite equipment(QStringLiteral("single"));
     equipment.send("system update", trackingSoftware(pt32));
     equipment.send("system update", trackingSoftware({3, 3, 0}));
     equipment.command("vornix2 system reboot");
@@ -90,9 +94,9 @@ void UpdateReceptionTest::chainLeavesTheNewestVersion()
     QCOMPARE(equipment.controller(0).pt, QStringLiteral("v3.3.0 2025-06-15"));
 }
 
-void UpdateReceptionTest::wholeRunBringsACascadeUpToDate()
+void TestUpdateReception::wholeRunBringsACascadeUpToDate()
 {
-    Equipment equipment(QStringLiteral("cascade"));
+    SimulatedSite equipment(QStringLiteral("cascade"));
     for (const QByteArray target : {"none", "192.168.7.21", "192.168.7.22"}) {
         QVERIFY(equipment.set("system redirect_update " + target).ok);
         QVERIFY(equipment.send("system update", trackingSoftware({3, 3, 0})).ok);
@@ -105,7 +109,7 @@ void UpdateReceptionTest::wholeRunBringsACascadeUpToDate()
 }
 
 // Each row is what goes wrong with record 10 of the 24 of a block.
-void UpdateReceptionTest::brokenBlockStagesNothing_data()
+void TestUpdateReception::brokenBlockStagesNothing_data()
 {
     QTest::addColumn<QByteArray>("record");
     const QByteArray text = QByteArray(160, 'A');
@@ -129,10 +133,10 @@ void UpdateReceptionTest::brokenBlockStagesNothing_data()
     row("of 10 MB", "system update 24 10 " + QByteArray(10000000, 'A'));
 }
 
-void UpdateReceptionTest::brokenBlockStagesNothing()
+void TestUpdateReception::brokenBlockStagesNothing()
 {
     QFETCH(QByteArray, record);
-    Equipment equipment(QStringLiteral("single"));
+    SimulatedSite equipment(QStringLiteral("single"));
     const QByteArray payload = trackingSoftware(pt32);
     const QList<QByteArray> texts = recordTexts(payload);
     QCOMPARE(texts.size(), 24);
@@ -158,18 +162,18 @@ void UpdateReceptionTest::brokenBlockStagesNothing()
     QCOMPARE(equipment.controller(0).stagedPt, QStringLiteral("v3.2.0 2025-06-15"));
 }
 
-void UpdateReceptionTest::earlierBlockStaysStagedWhenALaterOneBreaks()
+void TestUpdateReception::earlierBlockStaysStagedWhenALaterOneBreaks()
 {
-    Equipment equipment(QStringLiteral("single"));
+    SimulatedSite equipment(QStringLiteral("single"));
     equipment.send("system update", trackingSoftware(pt32));
     QVERIFY(!equipment.send("system update", controllerFirmware(ct13)).ok);
     QCOMPARE(equipment.controller(0).stagedPt, QStringLiteral("v3.2.0 2025-06-15"));
     QCOMPARE(equipment.controller(0).stagedCt, QString());
 }
 
-void UpdateReceptionTest::redirectionDropsAnUnfinishedBlock()
+void TestUpdateReception::redirectionDropsAnUnfinishedBlock()
 {
-    Equipment equipment(QStringLiteral("cascade"));
+    SimulatedSite equipment(QStringLiteral("cascade"));
     equipment.set("system update 3 1 AAAA");
     equipment.set("system redirect_update 192.168.7.21");
     QCOMPARE(equipment.set("system update 3 2 AAAA").text,
@@ -178,9 +182,9 @@ void UpdateReceptionTest::redirectionDropsAnUnfinishedBlock()
     QVERIFY(!equipment.set("system update 3 2 AAAA").ok);
 }
 
-void UpdateReceptionTest::restartDropsAnUnfinishedBlock()
+void TestUpdateReception::restartDropsAnUnfinishedBlock()
 {
-    Equipment equipment(QStringLiteral("single"));
+    SimulatedSite equipment(QStringLiteral("single"));
     equipment.set("system update 3 1 AAAA");
     equipment.command("vornix2 system reboot");
     equipment.bringUp();
@@ -188,17 +192,17 @@ void UpdateReceptionTest::restartDropsAnUnfinishedBlock()
     QCOMPARE(equipment.controller(0).recordsExpected, 0);
 }
 
-void UpdateReceptionTest::searchForHardwareDropsAnUnfinishedBlock()
+void TestUpdateReception::searchForHardwareDropsAnUnfinishedBlock()
 {
-    Equipment equipment(QStringLiteral("single"));
+    SimulatedSite equipment(QStringLiteral("single"));
     equipment.set("system update 3 1 AAAA");
     equipment.command("vornix2 reinit");
     QVERIFY(!equipment.set("system update 3 2 AAAA").ok);
 }
 
-void UpdateReceptionTest::missingSlaveDoesNotRestart()
+void TestUpdateReception::missingSlaveDoesNotRestart()
 {
-    Equipment equipment(QStringLiteral("cascade"));
+    SimulatedSite equipment(QStringLiteral("cascade"));
     equipment.set("system redirect_update 192.168.7.21");
     equipment.send("system update", trackingSoftware(pt32));
     Fault fault;
@@ -213,9 +217,9 @@ void UpdateReceptionTest::missingSlaveDoesNotRestart()
     QCOMPARE(equipment.controller(1).pt, QStringLiteral("v3.2.0 2025-06-15"));
 }
 
-void UpdateReceptionTest::measurementIsNotDisturbed()
+void TestUpdateReception::measurementIsNotDisturbed()
 {
-    Equipment equipment(QStringLiteral("controllers-and-cameras"));
+    SimulatedSite equipment(QStringLiteral("controllers-and-cameras"));
     equipment.system.setMeasuring(true);
     const QByteArray refusal = "vornix2 err -3 \"a measurement runs\"";
     QCOMPARE(equipment.send("system update", trackingSoftware(pt32)).text, refusal);
@@ -224,16 +228,16 @@ void UpdateReceptionTest::measurementIsNotDisturbed()
     QVERIFY(equipment.send("system update", trackingSoftware(pt32)).ok);
 }
 
-void UpdateReceptionTest::emptyRecordIsARecord()
+void TestUpdateReception::emptyRecordIsARecord()
 {
-    Equipment equipment(QStringLiteral("single"));
+    SimulatedSite equipment(QStringLiteral("single"));
     QVERIFY(equipment.set("system update 3 1 ").ok);
     QVERIFY(equipment.set("system update 3 2 AAAA").ok);
 }
 
-void UpdateReceptionTest::progressIsShownPerPercent()
+void TestUpdateReception::progressIsShownPerPercent()
 {
-    Equipment equipment(QStringLiteral("single"));
+    SimulatedSite equipment(QStringLiteral("single"));
     const QSignalSpy changed(&equipment.system, &SimulatedSystem::changed);
     for (int number = 1; number <= 20000; ++number)
         equipment.set("system update 40000 " + QByteArray::number(number) + " AAAA");
@@ -243,9 +247,9 @@ void UpdateReceptionTest::progressIsShownPerPercent()
     QCOMPARE(equipment.controller(0).activity, QStringLiteral("Receiving an update"));
 }
 
-void UpdateReceptionTest::cameraRunsItAfterThePowerCycleOnly()
+void TestUpdateReception::cameraRunsItAfterThePowerCycleOnly()
 {
-    Equipment equipment(QStringLiteral("cameras"));
+    SimulatedSite equipment(QStringLiteral("cameras"));
     const Reply reply = equipment.sendToCamera("c02", cameraFirmware({1, 4, 0}));
     QCOMPARE(reply.text, QByteArray("vornix2 ok"));
     equipment.command("vornix2 system reboot");
@@ -260,18 +264,18 @@ void UpdateReceptionTest::cameraRunsItAfterThePowerCycleOnly()
     QCOMPARE(equipment.getString("camera version c01"), QByteArray("v1.3.0"));
 }
 
-void UpdateReceptionTest::cameraForgetsImagesBeforeABrokenOne()
+void TestUpdateReception::cameraForgetsImagesBeforeABrokenOne()
 {
-    Equipment equipment(QStringLiteral("cameras"));
+    SimulatedSite equipment(QStringLiteral("cameras"));
     equipment.sendToCamera("c01", cameraFirmware({1, 4, 0}));
     QCOMPARE(equipment.system.cameras().at(0).stagedVersion, QStringLiteral("v1.4.0"));
     equipment.command("vornix2 set camera update c01 3 2 AAAA");
     QCOMPARE(equipment.system.cameras().at(0).stagedVersion, QString());
 }
 
-void UpdateReceptionTest::powerCycleBreaksAnUnfinishedUpdate()
+void TestUpdateReception::powerCycleBreaksAnUnfinishedUpdate()
 {
-    Equipment equipment(QStringLiteral("cameras"));
+    SimulatedSite equipment(QStringLiteral("cameras"));
     equipment.sendToCamera("c01", cameraFirmware({1, 4, 0}));
     equipment.command("vornix2 set camera update c01 3 1 AAAA");
     equipment.system.powerCycleCamera(1);
@@ -280,9 +284,9 @@ void UpdateReceptionTest::powerCycleBreaksAnUnfinishedUpdate()
     QCOMPARE(equipment.system.cameras().at(0).version, QStringLiteral("v1.3.0"));
 }
 
-void UpdateReceptionTest::damagedCameraImageIsErrorMinus26()
+void TestUpdateReception::damagedCameraImageIsErrorMinus26()
 {
-    Equipment equipment(QStringLiteral("cameras"));
+    SimulatedSite equipment(QStringLiteral("cameras"));
     QByteArray damaged = cameraFirmware({1, 4, 0});
     damaged[500] = static_cast<char>(damaged[500] ^ 1);
     QCOMPARE(equipment.sendToCamera("c01", damaged).text,
@@ -293,38 +297,42 @@ void UpdateReceptionTest::damagedCameraImageIsErrorMinus26()
              QByteArray("vornix2 err -26 \"payload is for another component\""));
 }
 
-void UpdateReceptionTest::cameraThatIsNotFoundTakesNothing()
+void TestUpdateReception::cameraThatIsNotFoundTakesNothing()
 {
-    Equipment equipment(QStringLiteral("cameras"));
+    SimulatedSite equipment(QStringLiteral("cameras"));
     equipment.system.powerCycleCamera(0);
     for (const QByteArray camera : {"c01", "c05", "c99"})
         QCOMPARE(equipment.sendToCamera(camera, cameraFirmware({1, 4, 0})).text,
                  QByteArray("vornix2 err -2 \"no such device\""));
 }
 
-static void addFaultModes()
+namespace {
+
+void addFaultModes()
 {
     QTest::addColumn<FaultMode>("mode");
     for (const FaultModeInfo& info : faultModes())
         QTest::newRow(qPrintable(info.name)) << info.mode;
 }
 
-static void arm(Equipment* equipment, FaultMode mode)
+void arm(SimulatedSite* equipment, FaultMode mode)
 {
     Fault fault;
     fault.mode = mode;
     equipment->system.armFault(fault);
 }
 
-void UpdateReceptionTest::everyFaultOfARunCanBeRepeatedAway_data()
+} // namespace
+
+void TestUpdateReception::everyFaultOfARunCanBeRepeatedAway_data()
 {
     addFaultModes();
 }
 
-void UpdateReceptionTest::everyFaultOfARunCanBeRepeatedAway()
+void TestUpdateReception::everyFaultOfARunCanBeRepeatedAway()
 {
     QFETCH(FaultMode, mode);
-    Equipment equipment(QStringLiteral("single"));
+    SimulatedSite equipment(QStringLiteral("single"));
     arm(&equipment, mode);
     int runs = 0;
     while (!allRun(equipment.system, pt32, {1, 2}) && runs < 2) {
@@ -340,15 +348,15 @@ void UpdateReceptionTest::everyFaultOfARunCanBeRepeatedAway()
     QVERIFY(allRun(equipment.system, pt32, {1, 2}));
 }
 
-void UpdateReceptionTest::everyFaultOfACameraCanBeRepeatedAway_data()
+void TestUpdateReception::everyFaultOfACameraCanBeRepeatedAway_data()
 {
     addFaultModes();
 }
 
-void UpdateReceptionTest::everyFaultOfACameraCanBeRepeatedAway()
+void TestUpdateReception::everyFaultOfACameraCanBeRepeatedAway()
 {
     QFETCH(FaultMode, mode);
-    Equipment equipment(QStringLiteral("cameras"));
+    SimulatedSite equipment(QStringLiteral("cameras"));
     arm(&equipment, mode);
     for (int run = 0; run < 2; ++run) {
         equipment.sendToCamera("c01", cameraFirmware({1, 4, 0}));
@@ -362,7 +370,7 @@ void UpdateReceptionTest::everyFaultOfACameraCanBeRepeatedAway()
     QCOMPARE(equipment.getString("camera version c01"), QByteArray("v1.4.0"));
 }
 
-void UpdateReceptionTest::faultGivesItsReply_data()
+void TestUpdateReception::faultGivesItsReply_data()
 {
     QTest::addColumn<FaultMode>("mode");
     QTest::addColumn<QByteArray>("text");
@@ -380,10 +388,10 @@ void UpdateReceptionTest::faultGivesItsReply_data()
     row(FaultMode::LosePower, "", Delivery::ConnectionLost, 11);
 }
 
-void UpdateReceptionTest::faultGivesItsReply()
+void TestUpdateReception::faultGivesItsReply()
 {
     QFETCH(FaultMode, mode);
-    Equipment equipment(QStringLiteral("cameras"));
+    SimulatedSite equipment(QStringLiteral("cameras"));
     arm(&equipment, mode);
     const Reply reply = equipment.sendToCamera("c01", cameraFirmware({1, 4, 0}));
     QTEST(reply.text, "text");
@@ -394,9 +402,9 @@ void UpdateReceptionTest::faultGivesItsReply()
     QCOMPARE(equipment.system.isReachable(), mode != FaultMode::LosePower);
 }
 
-void UpdateReceptionTest::lateAnswerIsOfWorkThatIsDone()
+void TestUpdateReception::lateAnswerIsOfWorkThatIsDone()
 {
-    Equipment equipment(QStringLiteral("single"));
+    SimulatedSite equipment(QStringLiteral("single"));
     arm(&equipment, FaultMode::AnswerLate);
     const Reply reply = equipment.send("system update", trackingSoftware(pt32));
     QVERIFY(reply.ok);
@@ -404,9 +412,9 @@ void UpdateReceptionTest::lateAnswerIsOfWorkThatIsDone()
     QCOMPARE(equipment.controller(0).stagedPt, QStringLiteral("v3.2.0 2025-06-15"));
 }
 
-void UpdateReceptionTest::comesBackOld()
+void TestUpdateReception::comesBackOld()
 {
-    Equipment equipment(QStringLiteral("cascade"));
+    SimulatedSite equipment(QStringLiteral("cascade"));
     Fault fault;
     fault.mode = FaultMode::ComeBackOld;
     fault.device = QStringLiteral("zan-left");
@@ -422,9 +430,9 @@ void UpdateReceptionTest::comesBackOld()
     QCOMPARE(equipment.controller(2).pt, QStringLiteral("v3.3.0 2025-06-15"));
 }
 
-void UpdateReceptionTest::comesBackOldAfterAShutdown()
+void TestUpdateReception::comesBackOldAfterAShutdown()
 {
-    Equipment equipment(QStringLiteral("single"));
+    SimulatedSite equipment(QStringLiteral("single"));
     arm(&equipment, FaultMode::ComeBackOld);
     equipment.send("system update", trackingSoftware(pt32));
     equipment.command("vornix2 system shutdown");
@@ -432,9 +440,9 @@ void UpdateReceptionTest::comesBackOldAfterAShutdown()
     QCOMPARE(equipment.controller(0).pt, QStringLiteral("v3.1.0 2025-03-14"));
 }
 
-void UpdateReceptionTest::neverComesBack()
+void TestUpdateReception::neverComesBack()
 {
-    Equipment equipment(QStringLiteral("single"));
+    SimulatedSite equipment(QStringLiteral("single"));
     arm(&equipment, FaultMode::NeverComeBack);
     equipment.command("vornix2 system reboot");
     QCOMPARE(equipment.system.msUntilReachable(), -1);
@@ -446,9 +454,9 @@ void UpdateReceptionTest::neverComesBack()
     QVERIFY(equipment.system.isReachable());
 }
 
-void UpdateReceptionTest::slaveThatNeverComesBackIsMissing()
+void TestUpdateReception::slaveThatNeverComesBackIsMissing()
 {
-    Equipment equipment(QStringLiteral("cascade"));
+    SimulatedSite equipment(QStringLiteral("cascade"));
     Fault fault;
     fault.mode = FaultMode::NeverComeBack;
     fault.device = QStringLiteral("zan-right");
@@ -462,9 +470,9 @@ void UpdateReceptionTest::slaveThatNeverComesBackIsMissing()
     QCOMPARE(equipment.getString(query), QByteArray("yes"));
 }
 
-void UpdateReceptionTest::cameraThatNeverComesBackIsNotFound()
+void TestUpdateReception::cameraThatNeverComesBackIsNotFound()
 {
-    Equipment equipment(QStringLiteral("cameras"));
+    SimulatedSite equipment(QStringLiteral("cameras"));
     arm(&equipment, FaultMode::NeverComeBack);
     equipment.system.powerCycleCamera(0);
     equipment.command("vornix2 reinit");
@@ -475,5 +483,5 @@ void UpdateReceptionTest::cameraThatNeverComesBackIsNotFound()
     QVERIFY(equipment.system.cameras().at(0).found);
 }
 
-ZAN_TEST_MAIN(UpdateReceptionTest)
+ZAN_TEST_MAIN(TestUpdateReception)
 #include "tst_updatereception.moc"
