@@ -1,23 +1,29 @@
 #include "deliverylayout.h"
 
+#include <ownfolder.h>
+#include <plainname.h>
+#include <releasecatalogue.h>
 #include <scenario.h>
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
+
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace {
 
 const QLatin1String modulesFolder("modules");
-const QLatin1String updatesFolder("controller_update");
 
 /// One of the two folders that a module looks into, and what a scenario wants of it.
 struct Selection
 {
     QString key; ///< of the scenario
     QString folder;
+    QString from; ///< full path of the folder that the files are in
     const std::optional<QStringList>& wanted;
 };
 
@@ -29,14 +35,31 @@ bool link(const QString& file, const QString& name, QString* error)
     return false;
 }
 
+// For what must not be a symbolic link: a running program is known by where it really is, and no
+// sealed folder holds links.
+bool linkHard(const QString& file, const QString& copy, QString* error)
+{
+    const bool isLinked = ::linkat(AT_FDCWD, QFile::encodeName(file).constData(), AT_FDCWD,
+                                   QFile::encodeName(copy).constData(), AT_SYMLINK_FOLLOW) == 0;
+    if (isLinked || QFile::copy(file, copy))
+        return true;
+    *error = QStringLiteral("%1 cannot be copied to %2").arg(file, copy);
+    return false;
+}
+
 bool renewFolder(const QString& folder, QString* error)
 {
-    // A link to a folder would have what it points to emptied.
-    if (QFileInfo(folder).isSymLink())
-        QFile::remove(folder);
-    if (QDir(folder).removeRecursively() && QDir().mkpath(folder))
+    const QFileInfo there(folder);
+    // Of a link to a folder, only the link goes.
+    if (there.exists() && !there.isDir()) {
+        *error = QStringLiteral("%1: is no folder, so it is left as it is").arg(folder);
+        return false;
+    }
+    if (!removeAll(folder, error))
+        return false;
+    if (QDir().mkpath(folder))
         return true;
-    *error = QStringLiteral("%1 cannot be laid out anew").arg(folder);
+    *error = QStringLiteral("%1: the folder cannot be made").arg(folder);
     return false;
 }
 
@@ -53,53 +76,74 @@ QStringList filesOf(const Selection& selection, const QDir& from, QString* error
     return wanted;
 }
 
-bool layOut(const Selection& selection, const QString& delivered, const QString& target,
-            QString* error)
+bool layOut(const Selection& selection, const QString& target, QString* error)
 {
-    const QDir from(delivered + QLatin1Char('/') + selection.folder);
+    const QDir from(selection.from);
     const QString to = target + QLatin1Char('/') + selection.folder;
     error->clear();
-    QStringList names = filesOf(selection, from, error);
+    const QStringList files = filesOf(selection, from, error);
     // The pictures that notes refer to stand in folders.
-    names += from.entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    const QStringList folders = from.entryList(QDir::Dirs | QDir::NoDotAndDotDot);
     if (!error->isEmpty() || !renewFolder(to, error))
         return false;
-    for (const QString& name : qAsConst(names)) {
-        if (!link(from.absoluteFilePath(name), to + QLatin1Char('/') + name, error))
-            return false;
-    }
-    return true;
+    const auto place = [&](const QString& name, auto how) {
+        return how(from.absoluteFilePath(name), to + QLatin1Char('/') + name, error);
+    };
+    return std::all_of(files.begin(), files.end(),
+                       [&](const QString& name) { return place(name, linkHard); }) &&
+           std::all_of(folders.begin(), folders.end(),
+                       [&](const QString& name) { return place(name, link); });
 }
 
-// The program must not be a symbolic link, since a running program is known by where it really is.
-bool layOutProgram(const QString& programFile, const QString& copy, QString* error)
+// Whether a module, which opens files by the Latin-1 form of their path, finds this one.
+bool isFoundByModules(const QString& path)
 {
-    const bool isLinked = ::link(QFile::encodeName(programFile).constData(),
-                                 QFile::encodeName(copy).constData()) == 0;
-    if (isLinked || QFile::copy(programFile, copy))
-        return true;
-    *error = QStringLiteral("%1 cannot be copied to %2").arg(programFile, copy);
-    return false;
+    return lettersBeyondAscii(path).isEmpty() || ::access(path.toLatin1().constData(), F_OK) == 0;
 }
 
 } // namespace
 
-QString updateFolder(const QString& programDir)
+QStringList unreadableUpdateFiles(const QString& folder)
 {
-    return programDir + QLatin1Char('/') + updatesFolder;
+    const QStringList names = QDir(folder).entryList(QDir::Files);
+    if (!names.isEmpty() && !isFoundByModules(folder)) {
+        return {QStringLiteral("The module cannot read the update files in %1 because of %2 in "
+                               "the path. Move the frontend to a folder whose path has no such "
+                               "letters.")
+                    .arg(folder, lettersBeyondAscii(folder))};
+    }
+    QStringList lines;
+    for (const QString& name : names) {
+        const QString path = folder + QLatin1Char('/') + name;
+        if (!isFoundByModules(path)) {
+            lines += QStringLiteral("The module cannot read the update file %1 because of %2 in "
+                                    "its name. Give it a name without such letters.")
+                         .arg(path, lettersBeyondAscii(name));
+        }
+    }
+    return lines;
 }
 
 bool wantsOwnDelivery(const Scenario& scenario)
 {
-    return scenario.updateFiles || scenario.notes;
+    return scenario.updateFiles || scenario.notes || !scenario.updateFolder.isEmpty();
 }
 
 bool layOutFiles(const Scenario& scenario, const QString& delivered, const QString& target,
                  QString* error)
 {
-    const Selection updates = {QStringLiteral("updateFiles"), updatesFolder, scenario.updateFiles};
-    const Selection notes = {QStringLiteral("notes"), QStringLiteral("whats_new"), scenario.notes};
-    return layOut(updates, delivered, target, error) && layOut(notes, delivered, target, error);
+    const QString notesFolder = QStringLiteral("whats_new");
+    const QString updatesFrom =
+        scenario.updateFolder.isEmpty() ? updateFolder(delivered) : scenario.updateFolder;
+    if (!QDir(updatesFrom).exists() && !scenario.updateFolder.isEmpty()) {
+        *error = QStringLiteral("updateFolder: there is no folder %1").arg(updatesFrom);
+        return false;
+    }
+    const Selection updates = {QStringLiteral("updateFiles"), updateFolderName, updatesFrom,
+                               scenario.updateFiles};
+    const Selection notes = {QStringLiteral("notes"), notesFolder,
+                             delivered + QLatin1Char('/') + notesFolder, scenario.notes};
+    return layOut(updates, target, error) && layOut(notes, target, error);
 }
 
 QString layOutFrontend(const Scenario& scenario, const QString& programFile, const QString& target,
@@ -111,6 +155,6 @@ QString layOutFrontend(const Scenario& scenario, const QString& programFile, con
                         layOutFiles(scenario, program.path(), target, error) &&
                         link(program.path() + QLatin1Char('/') + modulesFolder,
                              target + QLatin1Char('/') + modulesFolder, error) &&
-                        layOutProgram(programFile, copy, error);
+                        linkHard(programFile, copy, error);
     return isDone ? copy : QString();
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 struct Scenario;
 
@@ -8,14 +9,16 @@ struct Scenario;
 /// A module looks for update files and notes beside the program. Where a scenario wants only some
 /// of those that are delivered, the frontend runs from a folder of its own that has just these.
 
-/// The folder below that of the program in which its module looks for update files.
-QString updateFolder(const QString& programDir);
+/// What keeps a module from reading the update files in @p folder because of their path: one line
+/// for each, with what to do about it. Empty if nothing does, or if there is no such folder.
+QStringList unreadableUpdateFiles(const QString& folder);
 
 /// Whether @p scenario wants a selection of the delivered files.
 bool wantsOwnDelivery(const Scenario& scenario);
 
 /// Lays out "controller_update" and "whats_new" in @p target, anew if they are there already, with
-/// links to the files below @p delivered that @p scenario wants.
+/// the files below @p delivered that @p scenario wants: hard links or copies, so that a whole
+/// delivery stays as it was sealed. The folder that @p target stands in was claimed.
 /// @param error must not be null; says on failure what is missing or cannot be written
 bool layOutFiles(const Scenario& scenario, const QString& delivered, const QString& target,
                  QString* error);

@@ -1,13 +1,15 @@
 #include "frontend.h"
 
-#include "connectionpanel.h"
-#include "logview.h"
-#include "simulatedaccess.h"
-#include "theme.h"
-#include "version.h"
+#include "deliverylayout.h"
 
+#include <connectionpanel.h>
+#include <logview.h>
+#include <releasecatalogue.h>
 #include <reportedversion.h>
 #include <searchhardwaredlg.h>
+#include <simulatedaccess.h>
+#include <theme.h>
+#include <transcript.h>
 
 #include <QApplication>
 #include <QDir>
@@ -17,8 +19,22 @@
 
 #include <utility>
 
-static const char* const UPDATE_MODULE = "UpdateModule";
-static const char* const MAIN_WINDOW = "Main_Window";
+namespace {
+
+// For a start that follows another one at once.
+constexpr int lockTimeoutMs = 1000;
+
+QString runFolder(const Options& options)
+{
+    return options.stateDir + QLatin1String("/runs");
+}
+
+bool isObserver(SystemAccess& access, const Options& options)
+{
+    return options.observer || access.equipment().scenario().observer;
+}
+
+} // namespace
 
 // Outside every namespace, where the resources of a library have to be initialised.
 static void initPictures()
@@ -31,14 +47,10 @@ QString Frontend::homeFolder(const QString& stateDir)
     return stateDir + QLatin1String("/frontend-home");
 }
 
-QString Frontend::lockFile(const QString& stateDir)
+// The process that served the system before may have left its state there, and nothing else.
+bool Frontend::claimStateFolder(const QString& stateDir, QString* error)
 {
-    return stateDir + QLatin1String("/lock");
-}
-
-static QString runFolder(const Options& options)
-{
-    return options.stateDir + QLatin1String("/runs");
+    return claimFolder(stateDir, SimulatedAccess::stateFiles(stateDir), error);
 }
 
 Frontend::Frontend(Scenario scenario, const Options& options)
@@ -47,36 +59,25 @@ Frontend::Frontend(Scenario scenario, const Options& options)
 }
 
 Frontend::Frontend(std::unique_ptr<SystemAccess> access, const Options& options)
-    : m_options(options), m_access(std::move(access)), m_bench(m_access->bench()),
-      m_link(m_access->link()), m_observer(options.observer || m_bench.scenario().observer),
-      m_channel(m_link), m_window(m_bench, m_observer), m_runs(m_channel, runFolder(options)),
-      m_results(&m_window), m_logReceiver([this](const QString& sender, const QString& text) {
-          m_window.log().add(sender, text);
-      }),
-      m_windowReceiver([this](const QString& /*sender*/, const QString& text) {
-          if (text != QLatin1String("AppReadyToShutdown"))
-              return;
-          log(tr("The module has ended its work; the frontend shuts down."));
-          m_window.statusBar()->showMessage(tr("Shutting down..."));
-      }),
-      m_lock(lockFile(options.stateDir))
+    : m_options(options), m_access(std::move(access)), m_channel(m_access->link()),
+      m_window(m_access->equipment(), isObserver(*m_access, options)),
+      m_runs(m_channel, runFolder(options)), m_results(&m_window), m_lock(options.stateDir),
+      m_module(m_channel, m_window,
+               {options.pluginFile, options.recordFile, m_access->transcript(),
+                isObserver(*m_access, options)})
 {
     initPictures();
-    m_channel.register_receiver("standard", &m_logReceiver);
-    m_channel.register_receiver(MAIN_WINDOW, &m_windowReceiver);
     // Windows stay painted during long waits, but nothing can be clicked.
-    m_link.setIdleWork([this] {
+    m_access->link().setIdleWork([this] {
         const QScopedValueRollback<bool> waiting(m_isWaiting, true);
         QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
     });
     connect(&m_window, &MainWindow::themeChanged, this, &Frontend::tellTheme);
     connect(&m_window, &MainWindow::hardwareSearchWanted, this, &Frontend::searchForHardware);
-    connect(&m_bench, &TestBench::trouble, this, &Frontend::log);
     connect(&m_window, &MainWindow::resultsWanted, this, &Frontend::showResults);
-    connect(&m_runs, &RunFollower::message, this, &Frontend::log);
-    connect(&m_runs, &RunFollower::runChanged, this,
-            [this] { m_window.setHasResults(m_runs.hasRun()); });
-    connect(&m_runs, &RunFollower::resultChanged, this, &Frontend::showResults);
+    connect(&equipment(), &Equipment::trouble, this, &Frontend::log);
+    watchRuns();
+    watchModule();
     m_window.setSaveFolder(options.userHome);
     applyTheme(options.dark);
     m_window.setDarkTheme(options.dark);
@@ -87,37 +88,71 @@ Frontend::Frontend(std::unique_ptr<SystemAccess> access, const Options& options)
 
 Frontend::~Frontend()
 {
-    leaveModule();
+    m_module.leave();
+}
+
+void Frontend::watchRuns()
+{
+    connect(&m_runs, &RunFollower::message, this, &Frontend::log);
+    connect(&m_runs, &RunFollower::runChanged, this,
+            [this] { m_window.setHasResults(m_runs.hasRun()); });
+    connect(&m_runs, &RunFollower::resultChanged, this, &Frontend::showResults);
+}
+
+void Frontend::watchModule()
+{
+    connect(&m_module, &ModuleHost::message, this, &Frontend::log);
+    connect(
+        &m_module, &ModuleHost::logged, this,
+        [this](const QString& sender, const QString& text) { m_window.log().add(sender, text); });
+    connect(&m_module, &ModuleHost::checked, this, [this](int percent) {
+        m_window.statusBar()->showMessage(tr("Checking the update files: %1 %").arg(percent), 1000);
+    });
+    connect(&m_module, &ModuleHost::entered, this,
+            [this](const QList<GuiElement*>& elements, const QString& nameAndVersion) {
+                m_window.addModuleEntries(elements);
+                m_runs.moduleEntered(elements);
+                m_window.setModuleText(nameAndVersion);
+            });
+    connect(&m_module, &ModuleHost::leaving, this, [this] {
+        m_runs.moduleLeaves(m_wasUnreachable || !m_access->link().isReachable());
+        m_window.removeModuleEntries();
+    });
+    connect(&m_module, &ModuleHost::readyToShutDown, this, [this] {
+        log(tr("The module has ended its work; the frontend shuts down."));
+        m_window.statusBar()->showMessage(tr("Shutting down..."));
+    });
 }
 
 bool Frontend::prepare(QString* error)
 {
-    if (!QDir().mkpath(homeFolder(m_options.stateDir))) {
-        *error = tr("%1: the state folder cannot be made").arg(m_options.stateDir);
+    if (!m_options.publicKey.isEmpty() && !m_module.setPublicKey(m_options.publicKey, error))
+        return false;
+    if (!claimStateFolder(m_options.stateDir, error) || !m_lock.take(lockTimeoutMs, error) ||
+        (m_options.fresh && !forgetEarlierStarts(error)))
+        return false;
+    const QString home = homeFolder(m_options.stateDir);
+    if (!QDir().mkpath(home)) {
+        *error = tr("%1: the folder cannot be made").arg(home);
         return false;
     }
-    if (!m_lock.tryLock()) {
-        *error = tr("%1: another frontend uses this state folder").arg(m_options.stateDir);
+    QString damage;
+    if (!m_access->keepState(m_options.stateDir, m_options.fresh, &damage)) {
+        *error = damage;
         return false;
     }
-    if (m_options.fresh)
-        forgetEarlierStarts();
-    const QString damage = m_access->keepState(m_options.stateDir, m_options.fresh);
     if (!damage.isEmpty())
         log(tr("The state was set aside: %1").arg(damage));
     // A replay has no devices that could be asked what they run.
     if (!m_access->transcript())
         m_runs.load();
-
-    m_module = loadModule(m_options.pluginFile, error);
-    return m_module != nullptr;
+    return m_module.prepare(error);
 }
 
-void Frontend::forgetEarlierStarts()
+bool Frontend::forgetEarlierStarts(QString* error)
 {
-    QDir(runFolder(m_options)).removeRecursively();
-    QDir(homeFolder(m_options.stateDir)).removeRecursively();
-    QDir().mkpath(homeFolder(m_options.stateDir));
+    return removeAll(runFolder(m_options), error) &&
+           removeAll(homeFolder(m_options.stateDir), error);
 }
 
 void Frontend::log(const QString& text)
@@ -125,95 +160,75 @@ void Frontend::log(const QString& text)
     m_window.log().add(QStringLiteral("Frontend"), text);
 }
 
-void Frontend::run()
+bool Frontend::run()
 {
-    if (!m_link.isReachable())
+    if (!m_access->link().isReachable())
         m_window.connection().showWaiting();
     m_window.show();
-    const QString title = m_bench.scenario().title;
+    const QString title = equipment().scenario().title;
     log(m_access->transcript() ? title : tr("Simulated system: %1").arg(title));
+    for (const QString& line :
+         unreadableUpdateFiles(updateFolder(QCoreApplication::applicationDirPath())))
+        log(line);
     m_follow.start();
+    m_hasToBeginAnew = false;
     QApplication::exec();
     m_follow.stop();
-    leaveModule();
+    m_module.leave();
+    return !m_hasToBeginAnew;
 }
 
 // The module takes part from when the controllers answer until they no longer do. It cannot leave
 // while it waits for a reply or a window of its own runs an event loop, so that has to end first.
 void Frontend::followSystem()
 {
-    const bool isReachable = m_link.isReachable();
+    const bool isReachable = m_access->link().isReachable();
     m_wasUnreachable = m_wasUnreachable || !isReachable;
     if (m_isWaiting || QThread::currentThread()->loopLevel() > 1)
         return;
-    if (m_session && m_wasUnreachable) {
-        log(tr("The controllers do not answer any more."));
-        leaveModule();
-        m_window.connection().showWaiting();
-    }
+    if (m_isConnected && (m_wasUnreachable || !m_channel.isCurrent()))
+        systemLost();
     m_wasUnreachable = !isReachable;
-    if (m_session)
+    if (m_access->isExchanged())
+        beginAnew();
+    else if (m_module.isInside())
         m_runs.moduleRests();
-    else if (isReachable && m_module)
-        enterModule();
+    else if (isReachable && m_access->link().isOpen() && !m_isConnected)
+        systemFound();
 }
 
-void Frontend::enterModule()
+// All that was made here is made for the system of before.
+void Frontend::beginAnew()
 {
-    m_versions = std::make_unique<BackendVersions>(versions());
+    m_follow.stop();
+    m_hasToBeginAnew = true;
+    QApplication::quit();
+}
+
+void Frontend::systemFound()
+{
+    m_channel.renew();
+    const BackendVersions found = versions();
     m_window.connection().showConnected(
         tr("Model %1, tracking software %2, controller firmware %3, command protocol %4")
-            .arg(m_versions->zanModel(), m_versions->systemPt().toString(),
-                 m_versions->systemCt().toString(), m_versions->protocol().toString()));
+            .arg(found.zanModel(), found.systemPt().toString(), found.systemCt().toString(),
+                 found.protocol().toString()));
     if (!m_access->transcript())
-        log(tr("Connected to %1").arg(m_link.address()));
+        log(tr("Connected to %1").arg(m_access->link().address()));
     m_runs.systemConnected();
-
-    m_session = std::make_unique<ModuleSession>(
-        *m_module, HostParameters{&moduleChannel(), &m_window, m_versions.get(), m_observer});
-    const QString module =
-        QStringLiteral("%1 %2").arg(m_module->get_module_name(), m_module->get_module_version());
-    m_window.addModuleEntries(m_session->elements());
-    m_runs.moduleEntered(m_session->elements());
-    m_window.setModuleText(module);
-    log(tr("Module loaded: %1").arg(module));
-    tellModule(frontendVersion);
-    tellTheme(m_window.isDarkTheme());
+    m_isConnected = true;
+    const QScopedValueRollback<bool> waiting(m_isWaiting, true);
+    if (m_module.enter(found))
+        tellTheme(m_window.isDarkTheme());
 }
 
-void Frontend::leaveModule()
+void Frontend::systemLost()
 {
-    if (!m_session)
-        return;
-    m_runs.moduleLeaves(m_wasUnreachable || !m_link.isReachable());
-    // From here on the module's receiver may be gone at any moment.
-    m_channel.forgetReceiver(UPDATE_MODULE);
-    m_window.removeModuleEntries();
-    m_session.reset();
-    m_recorder.reset();
-    if (!m_replay || !m_replay->departure().isEmpty())
-        return;
-    log(m_replay->verdict().isEmpty() ? tr("Everything was called as recorded.")
-                                      : m_replay->verdict());
-}
-
-IOManager& Frontend::moduleChannel()
-{
-    if (const Transcript* transcript = m_access->transcript()) {
-        m_replay = std::make_unique<ReplayChannel>(*transcript, m_channel);
-        return *m_replay;
-    }
-    return m_options.recordFile.isEmpty() ? m_channel : recordedChannel();
-}
-
-IOManager& Frontend::recordedChannel()
-{
-    m_recorder = std::make_unique<RecordingChannel>(
-        m_channel, m_options.recordFile, TranscriptHead{*m_versions, m_observer},
-        QStringLiteral("demo-frontend %1").arg(QLatin1String(frontendVersion)));
-    if (m_recorder->isRecording())
-        log(tr("Recording to %1").arg(m_recorder->fileName()));
-    return *m_recorder;
+    log(m_wasUnreachable ? tr("The controllers do not answer any more.")
+                         : tr("The connection to the controllers was lost for a moment."));
+    m_module.leave();
+    m_isConnected = false;
+    m_window.connection().showWaiting();
 }
 
 BackendVersions Frontend::versions()
@@ -224,7 +239,7 @@ BackendVersions Frontend::versions()
 
 BackendVersions Frontend::askVersions()
 {
-    const Scenario& scenario = m_bench.scenario();
+    const Scenario& scenario = equipment().scenario();
     return BackendVersions(askVersion("system version"), scenario.protocol,
                            askVersion("system controller_version"), scenario.backendModel);
 }
@@ -251,10 +266,5 @@ void Frontend::showResults()
 
 void Frontend::tellTheme(bool dark)
 {
-    tellModule(dark ? "DarkThemeEnabled" : "DarkThemeDisabled");
-}
-
-void Frontend::tellModule(const char* text)
-{
-    m_channel.post_message(UPDATE_MODULE, MAIN_WINDOW, 1, text);
+    m_module.tell(dark ? "DarkThemeEnabled" : "DarkThemeDisabled");
 }

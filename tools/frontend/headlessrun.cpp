@@ -1,12 +1,14 @@
 #include "headlessrun.h"
 
-#include "deliveredversions.h"
-#include "deliverylayout.h"
+#include "devicesbehind.h"
 #include "frontend.h"
-#include "narrator.h"
-#include "screenshots.h"
-#include "userdriver.h"
-#include "watchdog.h"
+
+#include <narrator.h>
+#include <releasecatalogue.h>
+#include <replaychannel.h>
+#include <screenshots.h>
+#include <userdriver.h>
+#include <watchdog.h>
 
 #include <QCoreApplication>
 
@@ -16,35 +18,41 @@
 #include <functional>
 #include <limits>
 
+namespace {
+
 // Longer than the longest time that a module may wait for a controller.
-static constexpr std::chrono::seconds PATIENCE(180);
+constexpr std::chrono::seconds patience(180);
+
+} // namespace
 
 // The thread that could clean up is the one that hangs.
 [[noreturn]] static void giveUp(const QString& place)
 {
     std::printf("Nothing has moved for %d s. The last window was: %s\n",
-                static_cast<int>(PATIENCE.count()), qPrintable(place));
+                static_cast<int>(patience.count()), qPrintable(place));
     std::fflush(stdout);
     std::_Exit(Hanging);
 }
 
-static ExitCode judge(const TestBench& bench, const QStringList& refusals, Narrator& narrator)
+namespace {
+
+ExitCode judge(const Equipment& equipment, const QStringList& refusals, Narrator& narrator)
 {
     const auto tell = [&](const QString& text) {
         narrator.tell(QStringLiteral("result"), text);
     };
     for (const QString& refusal : refusals)
         tell(QStringLiteral("refused: ") + refusal);
-    if (!bench.isAtHand()) {
+    if (!equipment.isAtHand()) {
         tell(QStringLiteral("The simulated system is gone, so nothing is known of its versions."));
         return StartFailed;
     }
-    if (!bench.isReachable()) {
+    if (!equipment.isReachable()) {
         tell(QStringLiteral("The controllers restart. Start again to see what became of it."));
         return StartAgain;
     }
     const QString updateFiles = updateFolder(QCoreApplication::applicationDirPath());
-    const QStringList missing = DeliveredVersions::read(updateFiles).missingIn(bench);
+    const QStringList missing = devicesBehind(ReleaseCatalogue::readAll(updateFiles), equipment);
     for (const QString& device : missing)
         tell(device);
     if (!missing.isEmpty()) {
@@ -57,7 +65,7 @@ static ExitCode judge(const TestBench& bench, const QStringList& refusals, Narra
 
 // Whether there is more to do, once nothing is left that the windows ask for: calls of the record
 // that are not made yet, and fewer of them at every look.
-static std::function<bool()> moreIn(const Frontend& frontend)
+std::function<bool()> moreIn(const Frontend& frontend)
 {
     return [&frontend, left = std::numeric_limits<int>::max()]() mutable {
         const int before = left;
@@ -66,7 +74,7 @@ static std::function<bool()> moreIn(const Frontend& frontend)
     };
 }
 
-static ExitCode judge(const ReplayChannel& replay, Narrator& narrator)
+ExitCode judge(const ReplayChannel& replay, Narrator& narrator)
 {
     const QString verdict = replay.verdict();
     narrator.tell(QStringLiteral("result"),
@@ -75,16 +83,23 @@ static ExitCode judge(const ReplayChannel& replay, Narrator& narrator)
     return verdict.isEmpty() ? Success : Departed;
 }
 
+} // namespace
+
 ExitCode runHeadless(Frontend& frontend, const Options& options, Narrator& narrator)
 {
     Screenshots screenshots(options.screenshotDir, options.stateDir + "/last-picture");
-    Watchdog watchdog(PATIENCE, giveUp);
+    Watchdog watchdog(patience, giveUp);
     UserDriver driver(frontend.window(), narrator, screenshots, watchdog, options.user);
     driver.setMoreToDo(moreIn(frontend));
-    driver.setSystemGone([&frontend] { return !frontend.bench().isAtHand(); });
+    driver.setSystemGone([&frontend] { return !frontend.equipment().isAtHand(); });
     frontend.run();
+    if (frontend.isModuleRefused()) {
+        narrator.tell(QStringLiteral("result"),
+                      QStringLiteral("The update module was not loaded, so nothing was updated."));
+        return StartFailed;
+    }
     if (frontend.replay())
         return judge(*frontend.replay(), narrator);
-    frontend.bench().catchUp();
-    return judge(frontend.bench(), driver.refusals(), narrator);
+    frontend.equipment().catchUp();
+    return judge(frontend.equipment(), driver.refusals(), narrator);
 }

@@ -1,5 +1,7 @@
 #include "options.h"
 
+#include <minisign.h>
+
 #include <QCommandLineParser>
 #include <QDir>
 #include <QFileInfo>
@@ -20,7 +22,8 @@ Exit codes:
   0  the frontend was left; with --headless: all controllers and cameras run the
      newest versions that the update files bring them
   1  it could not start: scenario, state folder, update module, what --connect leads
-     to, or the record to be replayed; or the system that it was connected to is gone
+     to, or the record to be replayed; or the system that it was connected to is gone;
+     --headless: or the update module was kept out because of --public-key
   2  wrong command line
   3  --headless: some controllers or cameras do not run the newest versions; the
      last lines say which, and what was refused
@@ -43,10 +46,12 @@ struct CommandLine
                                  "serves there, instead of one in this process. HOST is an IP "
                                  "address or localhost.",
                                  "HOST:PORT"};
-    QCommandLineOption stateDir{"state-dir",
-                                "State folder; state/SCENARIO beside the folder of the program if "
-                                "none is given.",
-                                "DIR"};
+    QCommandLineOption stateDir{
+        "state-dir",
+        "State folder: a new or an empty one, or one that was made as such "
+        "before; state/SCENARIO beside the folder of the program if none is "
+        "given.",
+        "DIR"};
     QCommandLineOption fresh{"fresh", "Forgets what the state folder holds, and starts anew."};
     QCommandLineOption fast{"fast", "Controllers take records as they come, not at their own pace "
                                     "(2750 a second), and an answer that would come too late is "
@@ -75,18 +80,30 @@ struct CommandLine
     QCommandLineOption observer{"observer", "The user may only look on."};
     QCommandLineOption dark{"dark", "Starts with the dark theme."};
     QCommandLineOption plugin{"plugin", "The update module to load.", "FILE"};
+    QCommandLineOption publicKey{"public-key",
+                                 "Loads the update module only if the delivered update files are "
+                                 "sealed and signed with this key of minisign. Without it they "
+                                 "are compared with their checksums, if there are any.",
+                                 "FILE|KEY"};
 
     CommandLine()
     {
         parser.setApplicationDescription(QString::fromLatin1(description));
         parser.addOptions({help, list, scenario, connectTo, stateDir, fresh, fast, headless, user,
-                           narrate, record, replay, screenshots, observer, dark, plugin, version});
+                           narrate, record, replay, screenshots, observer, dark, plugin, publicKey,
+                           version});
     }
 };
 
 QString absolute(const QString& path)
 {
     return QDir::cleanPath(QDir::current().absoluteFilePath(path));
+}
+
+// A key itself stays what it is.
+QString publicKeyOf(const QString& text)
+{
+    return text.isEmpty() || MinisignPublicKey::fromText(text.toLatin1()) ? text : absolute(text);
 }
 
 Options::Action actionOf(const CommandLine& line)
@@ -137,6 +154,7 @@ Options optionsOf(const CommandLine& line, const QString& programDir)
     options.pluginFile = parser.isSet(line.plugin)
                              ? absolute(parser.value(line.plugin))
                              : programDir + QLatin1String("/modules/libZanUpdateModule.so");
+    options.publicKey = publicKeyOf(parser.value(line.publicKey));
     if (parser.isSet(line.screenshots))
         options.screenshotDir = absolute(parser.value(line.screenshots));
     options.fresh = parser.isSet(line.fresh);
@@ -186,9 +204,12 @@ QString contradictionIn(const CommandLine& line, const Options& options)
         return QStringLiteral("--screenshots needs --headless");
     if (!attitudeNamed(line.parser.value(line.user)))
         return QStringLiteral("--user: there is no \"%1\"").arg(line.parser.value(line.user));
-    for (const QCommandLineOption* file : {&line.record, &line.replay}) {
-        if (line.parser.isSet(*file) && line.parser.value(*file).isEmpty())
-            return QStringLiteral("--%1 needs a file").arg(file->names().constFirst());
+    for (const QCommandLineOption* path :
+         {&line.record, &line.replay, &line.stateDir, &line.screenshots, &line.publicKey}) {
+        if (line.parser.isSet(*path) && line.parser.value(*path).isEmpty())
+            return QStringLiteral("--%1 needs a %2")
+                .arg(path->names().constFirst(),
+                     path->valueName() == QLatin1String("DIR") ? "folder" : "file");
     }
     const QString inReplay = contradictionInReplay(line);
     return inReplay.isEmpty() ? contradictionInConnection(line, options) : inReplay;

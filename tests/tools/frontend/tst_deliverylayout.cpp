@@ -4,12 +4,16 @@
 
 #include <frontend.h>
 
+#include <deliverycheck.h>
+#include <deliverysealing.h>
 #include <fixturefiles.h>
 #include <testmain.h>
 
 #include <QDir>
-#include <QLockFile>
 #include <QProcess>
+#include <QTextCodec>
+
+#include <cstdio>
 
 namespace {
 
@@ -45,14 +49,46 @@ QByteArray contentOf(const QString& path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : "cannot be read";
 }
 
+/// File names are UTF-8 while this exists, whatever the locale says.
+class Utf8FileNames
+{
+public:
+    Utf8FileNames() { QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8")); }
+    ~Utf8FileNames() { QTextCodec::setCodecForLocale(m_before); }
+    Utf8FileNames(const Utf8FileNames&) = delete;
+    Utf8FileNames& operator=(const Utf8FileNames&) = delete;
+
+private:
+    QTextCodec* m_before = QTextCodec::codecForLocale();
+};
+
 /// The demo frontend as a process of its own.
 struct Run
 {
-    Run(const QString& scenario, const QString& stateDir)
+    Run(const QString& scenario, const QString& stateDir, const QString& locale = QString())
     {
-        process.start(QStringLiteral(DEMO_FRONTEND),
-                      {"--headless", "--fast", "--scenario", scenario, "--state-dir", stateDir});
-        if (!process.waitForFinished(60000))
+        if (!locale.isEmpty())
+            set("LC_ALL", locale);
+        start({"--scenario", scenario, "--state-dir", stateDir});
+    }
+
+    Run(const QString& currentDir, const QStringList& options)
+    {
+        process.setWorkingDirectory(currentDir);
+        start(options);
+    }
+
+    void set(const QString& variable, const QString& value)
+    {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(variable, value);
+        process.setProcessEnvironment(environment);
+    }
+
+    void start(const QStringList& options)
+    {
+        process.start(QStringLiteral(DEMO_FRONTEND), QStringList{"--headless", "--fast"} + options);
+        if (!process.waitForFinished(-1))
             qFatal("the frontend does not end");
     }
 
@@ -68,6 +104,8 @@ class TestDeliveryLayout : public QObject
     Q_OBJECT
 
 private slots:
+    void updateFilesOfAnotherFolderCanBeWanted();
+    void updateFolderThatIsMissingIsTold();
     void wantedFilesStandThere_data();
     void wantedFilesStandThere();
     void onlySelectionsNeedAFolder();
@@ -79,7 +117,15 @@ private slots:
     void programIsNoLink();
     void frontendRunsWithTheWantedFiles();
     void frontendSaysWhatIsMissing();
+    void wholeDeliveryStaysAsItWasSealed();
+    void frontendKeepsTheModuleOutOfAnUnsealedDelivery();
     void frontendThatRunsIsNotDisturbed();
+    void folderOfOthersIsLeftAlone_data();
+    void folderOfOthersIsLeftAlone();
+    void namesThatModulesCannotOpenAreTold_data();
+    void namesThatModulesCannotOpenAreTold();
+    void nameThatModulesOpenByItsBytesIsFine();
+    void frontendTellsWhatItsModuleCannotRead();
 };
 
 void TestDeliveryLayout::wantedFilesStandThere_data()
@@ -190,10 +236,10 @@ void TestDeliveryLayout::folderThatCannotBeWrittenIsNamed()
     const QString inTheWay = folder.write("own", "a file");
     QString error;
     QVERIFY(!layOutFiles(scenarioWith({}, {}), delivered, inTheWay, &error));
-    QCOMPARE(error, inTheWay + "/controller_update cannot be laid out anew");
+    QCOMPARE(error, inTheWay + "/controller_update: cannot be removed: Not a directory");
     QVERIFY(
         layOutFrontend(scenarioWith({}, {}), delivered + "/program", inTheWay, &error).isEmpty());
-    QCOMPARE(error, inTheWay + " cannot be laid out anew");
+    QCOMPARE(error, inTheWay + ": is no folder, so it is left as it is");
 }
 
 // A program that runs through a symbolic link is known by where it really is.
@@ -243,19 +289,176 @@ void TestDeliveryLayout::frontendSaysWhatIsMissing()
     QCOMPARE(run.process.exitCode(), int(StartFailed));
 }
 
+void TestDeliveryLayout::wholeDeliveryStaysAsItWasSealed()
+{
+    const FixtureFolder folder;
+    const QString delivered = deliver(folder);
+    int files = 0;
+    QString error;
+    QVERIFY(DeliverySealing().seal(delivered + "/controller_update", &files, &error) ==
+            DeliverySealing::Outcome::Done);
+    const Scenario noteOnly = scenarioWith(std::nullopt, QStringList{"v3_1_0.html"});
+    QVERIFY2(layOutFiles(noteOnly, delivered, folder.path("own"), &error), qPrintable(error));
+    const DeliveryReport report = DeliveryCheck().checkBeside(folder.path("own"));
+    QCOMPARE(report.problems(), QStringList());
+    QVERIFY(report.verdict == DeliveryReport::Verdict::Complete);
+}
+
+void TestDeliveryLayout::frontendKeepsTheModuleOutOfAnUnsealedDelivery()
+{
+    const FixtureFolder folder;
+    Run run(folder.path(), {"--scenario", "one-update-file", "--state-dir", "state", "--public-key",
+                            "RWS3TUNxwVsgaqDrSBIymoYCtbvD06LrPaGEzUFgGJgb8h1lHEx33aTW"});
+    QCOMPARE(run.process.exitCode(), int(StartFailed));
+    const QString told = QString::fromLocal8Bit(run.process.readAllStandardOutput());
+    QVERIFY2(told.contains("SHA256SUMS: is missing"), qPrintable(told));
+    QVERIFY2(told.contains("The update module was not loaded, so nothing was updated."),
+             qPrintable(told));
+    QVERIFY2(!told.contains("Module loaded"), qPrintable(told));
+}
+
 void TestDeliveryLayout::frontendThatRunsIsNotDisturbed()
 {
     const FixtureFolder folder;
-    folder.makeFolder("state");
-    QLockFile lock(Frontend::lockFile(folder.path("state")));
-    QVERIFY(lock.tryLock());
+    QString error;
+    FolderLock lock(folder.path("state"));
+    QVERIFY(lock.take(0, &error));
     Run run("one-update-file", folder.path("state"));
-    QCOMPARE(run.process.readAllStandardError(),
-             ("demo-frontend: " + folder.path("state") +
-              ": the state folder is in use or cannot be written\n")
-                 .toLocal8Bit());
+    const QString begin = "demo-frontend: " + folder.path("state") +
+                          ": tst_deliverylayout uses this folder, process ";
+    const QString told = QString::fromLocal8Bit(run.process.readAllStandardError());
+    QVERIFY2(told.startsWith(begin), qPrintable(told));
     QCOMPARE(run.process.exitCode(), int(StartFailed));
     QVERIFY(!QFileInfo::exists(folder.path("state/delivered")));
+}
+
+void TestDeliveryLayout::namesThatModulesCannotOpenAreTold_data()
+{
+    QTest::addColumn<QString>("folderName");
+    QTest::addColumn<QStringList>("fileNames");
+    QTest::addColumn<QStringList>("told"); ///< with %1 for the folder
+    QTest::newRow("plain names") << "updates" << QStringList{"a b.vx3img", "x'\"y"}
+                                 << QStringList();
+    QTest::newRow("an empty folder") << "Bühne" << QStringList() << QStringList();
+    QTest::newRow("two of three files")
+        << "updates" << QStringList{"für öde Räume für.img", "new.img", "€🎥.img"}
+        << QStringList{"The module cannot read the update file %1/für öde Räume für.img because "
+                       "of \"ü\", \"ö\", \"ä\" in its name. Give it a name without such letters.",
+                       "The module cannot read the update file %1/€🎥.img because of \"€\", "
+                       "\"🎥\" in its name. Give it a name without such letters."};
+    QTest::newRow("the folder, whatever the files are called")
+        << "Bühne" << QStringList{"new.img", "ö.img"}
+        << QStringList{"The module cannot read the update files in %1 because of \"ü\" in the "
+                       "path. Move the frontend to a folder whose path has no such letters."};
+}
+
+void TestDeliveryLayout::namesThatModulesCannotOpenAreTold()
+{
+    QFETCH(const QString, folderName);
+    QFETCH(const QStringList, fileNames);
+    QFETCH(QStringList, told);
+    const Utf8FileNames utf8;
+    const FixtureFolder place;
+    if (place.path() != place.path().toLatin1())
+        QSKIP("the folder for temporary files is itself one that modules cannot read");
+    const QString folder = place.makeFolder(folderName);
+    for (const QString& name : fileNames)
+        place.write(folderName + '/' + name, "update");
+    QCOMPARE(unreadableUpdateFiles(folder), told.replaceInStrings("%1", folder));
+    QCOMPARE(unreadableUpdateFiles(folder + "/missing"), QStringList());
+}
+
+// Where file names are Latin-1, letters of it do no harm.
+void TestDeliveryLayout::nameThatModulesOpenByItsBytesIsFine()
+{
+    const FixtureFolder folder;
+    const QByteArray bytes = QFile::encodeName(folder.path()) + "/gr\xF6\xDF"
+                                                                "e.img";
+    FILE* file = std::fopen(bytes.constData(), "wb");
+    QVERIFY(file);
+    std::fclose(file);
+    {
+        QTextCodec* before = QTextCodec::codecForLocale();
+        QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1"));
+        const QStringList told =
+            unreadableUpdateFiles(QFile::decodeName(bytes).section('/', 0, -2));
+        QTextCodec::setCodecForLocale(before);
+        QCOMPARE(told, QStringList());
+    }
+    QCOMPARE(std::remove(bytes.constData()), 0);
+}
+
+void TestDeliveryLayout::frontendTellsWhatItsModuleCannotRead()
+{
+    const Utf8FileNames utf8;
+    const FixtureFolder folder;
+    Run run("one-update-file", folder.path("Bühne"), "C.UTF-8");
+    const QString told = QString::fromUtf8(run.process.readAllStandardOutput());
+    const QString line = "The module cannot read the update files in " +
+                         QFileInfo(folder.path("Bühne/delivered")).canonicalFilePath() +
+                         "/controller_update because of ";
+    QVERIFY2(told.contains(line), qPrintable(told));
+    QVERIFY2(told.indexOf(line) < told.indexOf("Module loaded"), qPrintable(told));
+    QCOMPARE(run.process.exitCode(), int(NotNewest));
+}
+
+void TestDeliveryLayout::folderOfOthersIsLeftAlone_data()
+{
+    QTest::addColumn<QStringList>("options");
+    QTest::addColumn<QString>("named");
+    QTest::newRow("by a start") << QStringList{"--state-dir", "mine"} << "mine";
+    QTest::newRow("by a start anew") << QStringList{"--fresh", "--state-dir", "mine"} << "mine";
+    QTest::newRow("by a start that lays out a delivery")
+        << QStringList{"--scenario", "one-update-file", "--state-dir", "mine"} << "mine";
+    QTest::newRow("by a start with a slash behind the folder")
+        << QStringList{"--fresh", "--state-dir", "./mine/"} << "mine";
+    QTest::newRow("by a start through a link")
+        << QStringList{"--fresh", "--state-dir", "link"} << "link";
+}
+
+void TestDeliveryLayout::folderOfOthersIsLeftAlone()
+{
+    QFETCH(const QStringList, options);
+    QFETCH(const QString, named);
+    const FixtureFolder folder;
+    const QStringList names = {"delivered", "frontend-home", "runs"};
+    for (const QString& name : names)
+        folder.write("mine/" + name + "/work", "of years");
+    folder.link("link", "mine");
+    Run run(folder.path(), options);
+    QCOMPARE(QString::fromLocal8Bit(run.process.readAllStandardError()),
+             "demo-frontend: " + folder.path(named) +
+                 ": the folder holds what is not of this program, so nothing in it is touched; "
+                 "name a new or an empty folder\n");
+    QCOMPARE(run.process.exitCode(), int(StartFailed));
+    QCOMPARE(entries(folder.path("mine")), names);
+    for (const QString& name : names)
+        QCOMPARE(entries(folder.path("mine/" + name)), QStringList("work"));
+}
+
+void TestDeliveryLayout::updateFilesOfAnotherFolderCanBeWanted()
+{
+    const FixtureFolder folder;
+    folder.write("a b/case-files/one.img", "one");
+    Scenario scenario = scenarioWith(std::nullopt, std::nullopt);
+    scenario.updateFolder = folder.path("a b/case-files");
+    QVERIFY(wantsOwnDelivery(scenario));
+    QString error;
+    QVERIFY2(layOutFiles(scenario, deliver(folder), folder.path("own"), &error), qPrintable(error));
+    QCOMPARE(entries(folder.path("own/controller_update")), QStringList("one.img"));
+    QCOMPARE(contentOf(folder.path("own/controller_update/one.img")), QByteArray("one"));
+    QCOMPARE(entries(folder.path("own/whats_new")),
+             (QStringList{"images", "v3_1_0.html", "v3_2_0.html"}));
+}
+
+void TestDeliveryLayout::updateFolderThatIsMissingIsTold()
+{
+    const FixtureFolder folder;
+    Scenario scenario = scenarioWith(std::nullopt, std::nullopt);
+    scenario.updateFolder = folder.path("none");
+    QString error;
+    QVERIFY(!layOutFiles(scenario, deliver(folder), folder.path("own"), &error));
+    QCOMPARE(error, "updateFolder: there is no folder " + folder.path("none"));
 }
 
 ZAN_TEST_MAIN(TestDeliveryLayout)

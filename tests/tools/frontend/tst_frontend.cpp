@@ -1,12 +1,17 @@
-#include "fakemodule.h"
-
+#include <fakemodule.h>
 #include <simulatorfixtures.h>
 
 #include <connectionpanel.h>
 #include <frontend.h>
 #include <logview.h>
 
+#include <deliverysealing.h>
 #include <fixturefiles.h>
+#include <fulldisk.h>
+#include <modaldriver.h>
+#include <programfolder.h>
+#include <reasons.h>
+#include <sealfixtures.h>
 #include <widgettestmain.h>
 
 #include <QApplication>
@@ -87,6 +92,8 @@ private slots:
     void stateIsKeptAndForgotten();
     void damagedStateIsSetAside();
     void whatPreventsTheStartIsTold();
+    void moduleOfAnUnprovenDeliveryIsNotLoaded();
+    void deliveryIsCheckedAgainWhenTheControllersComeBack();
 };
 
 void TestFrontend::moduleIsTreatedAsHostsDo()
@@ -176,7 +183,7 @@ void TestFrontend::frontendWaitsForControllersThatRestart()
     {
         SimulatedSystem before(scenario);
         QString error;
-        QVERIFY(before.loadState(folder.path("state/system.json"), &error));
+        before.loadState(folder.path("state/system.json"), &error);
         before.restart();
     }
     Frontend frontend(scenario, optionsFor(folder));
@@ -279,20 +286,20 @@ void TestFrontend::stateIsKeptAndForgotten()
     QString error;
     {
         SimulatedSystem before(scenarioNamed("cameras"));
-        QVERIFY(before.loadState(folder.path("state/system.json"), &error));
+        before.loadState(folder.path("state/system.json"), &error);
         before.powerCycleCamera(0);
     }
     {
         Frontend frontend(scenarioNamed("cameras"), options);
         QVERIFY(frontend.prepare(&error));
-        QVERIFY(!frontend.bench().cameras().constFirst().found);
+        QVERIFY(!frontend.equipment().state().cameras.constFirst().found);
         QFile file(preferences);
         QVERIFY(file.open(QIODevice::WriteOnly));
     }
     options.fresh = true;
     Frontend frontend(scenarioNamed("cameras"), options);
     QVERIFY(frontend.prepare(&error));
-    QVERIFY(frontend.bench().cameras().constFirst().found);
+    QVERIFY(frontend.equipment().state().cameras.constFirst().found);
     QVERIFY(!QFile::exists(preferences));
     QVERIFY(QFile::exists(Frontend::homeFolder(options.stateDir)));
 }
@@ -300,7 +307,7 @@ void TestFrontend::stateIsKeptAndForgotten()
 void TestFrontend::damagedStateIsSetAside()
 {
     const FixtureFolder folder;
-    const QString state = folder.write("state/system.json", "{ no state");
+    const QString state = folder.write("state/system.json", "{ \"simulated-system-state-");
     Frontend frontend(scenarioNamed("cascade"), optionsFor(folder));
     QString error;
     QVERIFY(frontend.prepare(&error));
@@ -317,18 +324,126 @@ void TestFrontend::whatPreventsTheStartIsTold()
     QVERIFY(first.prepare(&error));
     Frontend second(scenarioNamed("cascade"), options);
     QVERIFY(!second.prepare(&error));
-    QCOMPARE(error, options.stateDir + ": another frontend uses this state folder");
+    QVERIFY2(error.startsWith(options.stateDir + ": tst_frontend uses this folder, process "),
+             qPrintable(error));
 
     options.stateDir = folder.write("file", "in the way");
     Frontend third(scenarioNamed("cascade"), options);
     QVERIFY(!third.prepare(&error));
-    QCOMPARE(error, options.stateDir + ": the state folder cannot be made");
+    QCOMPARE(error, options.stateDir + ": the folder cannot be made: " + systemReason(ENOTDIR));
+
+    options.stateDir = folder.path("full");
+    {
+        const FullDisk disk(10);
+        Frontend onFullDisk(scenarioNamed("cascade"), options);
+        QVERIFY(!onFullDisk.prepare(&error));
+    }
+    QCOMPARE(error, options.stateDir + ": " + systemReason(EFBIG));
+
+    const QString foreign = folder.write("foreign/system.json", "{}");
+    options.stateDir = folder.path("foreign");
+    options.fresh = true;
+    Frontend beside(scenarioNamed("cascade"), options);
+    QVERIFY(!beside.prepare(&error));
+    QCOMPARE(error, options.stateDir +
+                        ": the folder holds what is not of this program, so nothing in it is "
+                        "touched; name a new or an empty folder");
+    QVERIFY(QFile::exists(foreign));
+    options.fresh = false;
 
     options.stateDir = folder.path("other");
     options.pluginFile = "/nowhere/libmodule.so";
     Frontend fourth(scenarioNamed("cascade"), options);
     QVERIFY(!fourth.prepare(&error));
     QVERIFY2(error.contains("/nowhere/libmodule.so"), qPrintable(error));
+}
+
+namespace {
+
+void sealDelivery()
+{
+    QString error;
+    int files = 0;
+    const auto key = MinisignSecretKey::parse(sample::secretKeyFile, nullptr, &error);
+    const QString updates = QCoreApplication::applicationDirPath() + "/controller_update";
+    if (DeliverySealing(key, "3.3.0").seal(updates, &files, &error) !=
+        DeliverySealing::Outcome::Done)
+        qFatal("%s", qPrintable(error));
+}
+
+} // namespace
+
+void TestFrontend::moduleOfAnUnprovenDeliveryIsNotLoaded()
+{
+    const FixtureFolder folder;
+    const ProgramFolder program;
+    program.deliverUpdate("a.vx3img", "first");
+    Options options = optionsFor(folder);
+    // Not even looked at.
+    options.pluginFile = "/nowhere/libmodule.so";
+    options.publicKey = sample::publicKey;
+    Frontend frontend(scenarioNamed("cascade"), options);
+    QString error;
+    QVERIFY2(frontend.prepare(&error), qPrintable(error));
+    FakeModule::forgetCalls();
+    ModalDriver driver;
+    ExpectedBox box;
+    box.title = "VORNIX3";
+    box.text = QString("The update files in %1/controller_update are not sealed.\n\n"
+                       "SHA256SUMS: is missing\n\n"
+                       "The update module was not loaded.")
+                   .arg(QCoreApplication::applicationDirPath());
+    box.icon = QMessageBox::Warning;
+    box.defaultButton = QMessageBox::NoButton;
+    box.inspect = [&](QMessageBox&) {
+        QTimer::singleShot(500, qApp, &QApplication::quit);
+    };
+    driver.expect(box);
+    frontend.run();
+    QVERIFY2(driver.isDone(), qPrintable(driver.missing()));
+    QVERIFY(frontend.isModuleRefused());
+    QCOMPARE(FakeModule::calls(), QStringList());
+    const QString log = frontend.window().log().toPlainText();
+    QVERIFY2(log.contains("SHA256SUMS: is missing"), qPrintable(log));
+    QVERIFY2(!log.contains("nowhere"), qPrintable(log));
+
+    options.publicKey = folder.path("none.pub");
+    Frontend without(scenarioNamed("cascade"), options);
+    QVERIFY(!without.prepare(&error));
+    QCOMPARE(error, options.publicKey + ": " + systemReason(ENOENT));
+}
+
+void TestFrontend::deliveryIsCheckedAgainWhenTheControllersComeBack()
+{
+    const FixtureFolder folder;
+    const ProgramFolder program;
+    program.deliverUpdate("a.vx3img", "first");
+    sealDelivery();
+    Options options = optionsFor(folder);
+    options.publicKey = sample::publicKey;
+    Frontend frontend(scenarioNamed("cascade"), options);
+    QString error;
+    QVERIFY2(frontend.prepare(&error), qPrintable(error));
+    ModalDriver driver;
+    ExpectedBox box;
+    box.title = "VORNIX3";
+    box.text = QString("The update files in %1/controller_update are not as they were sealed.\n\n"
+                       "a.vx3img: is not what was sealed\n\n"
+                       "The update module was not loaded.")
+                   .arg(QCoreApplication::applicationDirPath());
+    box.icon = QMessageBox::Warning;
+    box.defaultButton = QMessageBox::NoButton;
+    box.inspect = [&](QMessageBox&) {
+        QTimer::singleShot(0, qApp, &QApplication::quit);
+    };
+    driver.expect(box);
+    runWith(frontend, [&] {
+        program.deliverUpdate("a.vx3img", "other");
+        frontend.window().findChild<QPushButton*>("pushButton_powerCycleControllers")->click();
+    });
+    QVERIFY2(driver.isDone(), qPrintable(driver.missing()));
+    QCOMPARE(FakeModule::calls(), beginning + ending);
+    QVERIFY(frontend.isModuleRefused());
 }
 
 ZAN_WIDGET_TEST_MAIN(TestFrontend)

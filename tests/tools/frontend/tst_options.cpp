@@ -43,17 +43,30 @@ private slots:
     {
         Options options;
         QString error;
-        QVERIFY(parse({"--scenario", "single", "--state-dir", "s", "--fresh", "--fast",
-                       "--headless", "--narrate", "--screenshots", "/p/q/..", "--record",
-                       "r/run.transcript", "--observer", "--dark", "--plugin", "x.so"},
-                      &options, &error));
+        QVERIFY(
+            parse({"--scenario", "single", "--state-dir", "s", "--fresh", "--fast", "--headless",
+                   "--narrate", "--screenshots", "/p/q/..", "--record", "r/run.transcript",
+                   "--observer", "--dark", "--plugin", "x.so", "--public-key", "k/release.pub"},
+                  &options, &error));
         QCOMPARE(options.scenario, QString("single"));
         QCOMPARE(options.stateDir, here("s"));
         QCOMPARE(options.screenshotDir, QString("/p"));
         QCOMPARE(options.pluginFile, here("x.so"));
         QCOMPARE(options.recordFile, here("r/run.transcript"));
+        QCOMPARE(options.publicKey, here("k/release.pub"));
         QVERIFY(options.fresh && options.fast && options.headless && options.narrate &&
                 options.observer && options.dark);
+    }
+
+    void publicKeyItselfIsNoFile()
+    {
+        const QString key = "RWS3TUNxwVsgaqDrSBIymoYCtbvD06LrPaGEzUFgGJgb8h1lHEx33aTW";
+        Options options;
+        QString error;
+        QVERIFY(parse({"--public-key", key}, &options, &error));
+        QCOMPARE(options.publicKey, key);
+        QVERIFY(parse({}, &options, &error));
+        QCOMPARE(options.publicKey, QString());
     }
 
     void scenarioWithDotsKeepsItsWholeNameInItsStateFolder()
@@ -121,6 +134,8 @@ private slots:
             << QStringList{"--frobnicate"} << "Unknown option 'frobnicate'.";
         QTest::newRow("missing value")
             << QStringList{"--scenario"} << "Missing value after '--scenario'.";
+        QTest::newRow("public key that is empty")
+            << QStringList{"--public-key", ""} << "--public-key needs a file";
         QTest::newRow("stray word") << QStringList{"cascade"} << "Unexpected argument: cascade";
         QTest::newRow("pictures of a window that people use")
             << QStringList{"--screenshots", "x"} << "--screenshots needs --headless";
@@ -143,6 +158,10 @@ private slots:
             << QStringList{"--user", "angry"} << "--user: there is no \"angry\"";
         QTest::newRow("a record without a file")
             << QStringList{"--record", ""} << "--record needs a file";
+        QTest::newRow("a state without a folder")
+            << QStringList{"--state-dir="} << "--state-dir needs a folder";
+        QTest::newRow("pictures without a folder")
+            << QStringList{"--headless", "--screenshots", ""} << "--screenshots needs a folder";
         QTest::newRow("a replay without a file")
             << QStringList{"--replay="} << "--replay needs a file";
         QTest::newRow("a record of a replay") << QStringList{"--record", "a", "--replay", "b"}

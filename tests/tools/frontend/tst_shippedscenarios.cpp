@@ -378,8 +378,12 @@ class Story
 public:
     Story(Scenario scenario, int starts, Attitude user)
     {
-        qputenv("HOME", QFile::encodeName(Frontend::homeFolder(m_folder.path("state"))));
         QString error;
+        const QString state = m_folder.path("state");
+        // First of all, as the fonts keep a cache in the home folder where they have none.
+        if (!Frontend::claimStateFolder(state, &error))
+            qFatal("%s", qPrintable(error));
+        qputenv("HOME", QFile::encodeName(Frontend::homeFolder(state)));
         if (!layOutFiles(scenario, QStringLiteral(DELIVERED),
                          QCoreApplication::applicationDirPath(), &error))
             qFatal("%s", qPrintable(error));

@@ -18,10 +18,10 @@ Scenario scenarioOf(const QString& name, int bootMs = endlessBootMs)
     return scenario;
 }
 
-QStringList versionsOf(const TestBench& system)
+QStringList versionsOf(const Equipment& system)
 {
     QStringList versions;
-    for (const ControllerState& controller : system.controllers())
+    for (const ControllerState& controller : system.state().controllers)
         versions +=
             QStringList{controller.hostName, controller.pt.section(' ', 0, 0), controller.ct}.join(
                 ' ');
@@ -107,10 +107,10 @@ void TestUpdateRoad::cascadeIsBroughtUpToDate()
                               "it."}));
         QCOMPARE(first.code, StartAgain);
         // Nothing runs before the restart has ended.
-        QCOMPARE(versionsOf(first.frontend.bench()),
+        QCOMPARE(versionsOf(first.frontend.equipment()),
                  (QStringList{"zan-master v3.1.0 v1.2", "zan-left v3.1.0 v1.2",
                               "zan-right v3.1.0 v1.2"}));
-        QVERIFY(!first.frontend.bench().isReachable());
+        QVERIFY(!first.frontend.equipment().isReachable());
     }
     QVERIFY(preferences().contains("SHOW_AT_START=\"true\""));
 
@@ -152,7 +152,7 @@ void TestUpdateRoad::cascadeIsBroughtUpToDate()
              QString("result: All controllers and cameras run the newest versions."));
     QCOMPARE(second.code, Success);
     QCOMPARE(
-        versionsOf(second.frontend.bench()),
+        versionsOf(second.frontend.equipment()),
         (QStringList{"zan-master v3.3.0 v1.4", "zan-left v3.3.0 v1.4", "zan-right v3.3.0 v1.4"}));
     QVERIFY(!preferences().contains("SHOW_AT_START=\"true\""));
 }

@@ -15,9 +15,11 @@ private slots:
     void picturesAreSmall();
 };
 
-static const QString sources = QStringLiteral(SOURCES);
+namespace {
 
-static QString textOf(const QString& path)
+const QString sources = QStringLiteral(SOURCES);
+
+QString textOf(const QString& path)
 {
     QFile file(sources + path);
     if (!file.open(QIODevice::ReadOnly))
@@ -25,13 +27,13 @@ static QString textOf(const QString& path)
     return QString::fromUtf8(file.readAll());
 }
 
-static QStringList pictures()
+QStringList pictures()
 {
     return QDir(sources + "/docs/images").entryList({"*.png"}, QDir::Files, QDir::Name);
 }
 
 // The words of a stop behind its scenario and user, the options left out.
-static QStringList toured()
+QStringList toured()
 {
     QStringList names;
     for (const QString& line : textOf("/tools/frontend/tour.txt").split('\n')) {
@@ -45,6 +47,8 @@ static QStringList toured()
     names.sort();
     return names;
 }
+
+} // namespace
 
 void TestWindowsPage::tourAndFolderHoldTheSamePictures()
 {

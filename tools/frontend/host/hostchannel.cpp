@@ -1,0 +1,184 @@
+#include "hostchannel.h"
+
+#include <MessageReceiver.h>
+#include <recordingchannel.h>
+
+#include <QScopedValueRollback>
+
+#include <cstring>
+#include <utility>
+
+namespace {
+
+constexpr int success = 0;
+constexpr int failure = 1;
+
+int result(bool ok)
+{
+    return ok ? success : failure;
+}
+
+void copyReply(char* target, const QByteArray& text)
+{
+    // Up to a zero byte inside of the text, if there is one: the receiver sees no further.
+    std::strncpy(target, text.constData(), replyBytes - 1);
+    target[replyBytes - 1] = '\0';
+}
+
+// A failed exchange leaves the caller's buffer as it was.
+bool takeReply(const std::optional<Reply>& reply, char* target)
+{
+    if (!reply || !reply->ok)
+        return false;
+    if (target)
+        copyReply(target, reply->text);
+    return true;
+}
+
+} // namespace
+
+void HostChannel::prepare_reply(int /*kind*/, int timeoutMs, int /*pollFollows*/)
+{
+    m_preparedTimeoutMs = timeoutMs;
+}
+
+int HostChannel::send_command(char* reply, const char* format, ...)
+{
+    IOMANAGER_TEXT(text, format);
+    return sendOrStart(Operation::Command, text, reply);
+}
+
+int HostChannel::set_value(const char* format, ...)
+{
+    IOMANAGER_TEXT(text, format);
+    return sendOrStart(Operation::SetValue, text, nullptr);
+}
+
+int HostChannel::get_string(char* value, const char* format, ...)
+{
+    IOMANAGER_TEXT(text, format);
+    return result(takeReply(exchange(Operation::GetString, text), value));
+}
+
+int HostChannel::get_int(int* value, const char* format, ...)
+{
+    IOMANAGER_TEXT(text, format);
+    const std::optional<Reply> reply = exchange(Operation::GetInt, text);
+    if (!reply || !reply->ok)
+        return failure;
+    *value = reply->integer;
+    return success;
+}
+
+int HostChannel::poll_reply(int /*mode*/)
+{
+    finishPending();
+    const bool ok = m_pending && m_pending->outcome.value_or(false);
+    m_pending.reset();
+    return result(ok);
+}
+
+void HostChannel::post_message(const char* receiver, const char* sender, int kind,
+                               const char* message)
+{
+    if (MessageReceiver* target = m_receivers.value(receiver))
+        target->transmit_message(kind, sender, message);
+}
+
+void HostChannel::register_receiver(const char* name, MessageReceiver* receiver)
+{
+    m_receivers.insert(name, receiver);
+}
+
+void HostChannel::get_address(char* address)
+{
+    copyReply(address, m_link.address().toLatin1());
+}
+
+void HostChannel::renew()
+{
+    m_connection = m_link.connection();
+    m_hasToldOfLoss = false;
+    m_isSilent = false;
+}
+
+std::optional<Reply> HostChannel::exchange(Operation operation, const QByteArray& text)
+{
+    finishPending();
+    if (!maySend(text))
+        return std::nullopt;
+    const std::optional<Reply> reply = ask(operation, text);
+    if (m_listener)
+        m_listener->answered(operation, text, reply);
+    return reply;
+}
+
+std::optional<Reply> HostChannel::ask(Operation operation, const QByteArray& text)
+{
+    const bool isQuery = operation == Operation::GetString || operation == Operation::GetInt;
+    const int attempts = isQuery && !m_isSilent ? maxAttempts : 1;
+    std::optional<Reply> reply;
+    for (int attempt = 0; attempt < attempts && !reply && isCurrent(); ++attempt) {
+        send(operation, text);
+        reply = waitForReply(defaultTimeoutMs);
+    }
+    if (reply || isQuery)
+        m_isSilent = !reply;
+    return reply;
+}
+
+bool HostChannel::maySend(const QByteArray& text)
+{
+    if (m_isWaiting) {
+        refuse("Not sent, as another text waits for its reply: ", text);
+        return false;
+    }
+    if (isCurrent())
+        return true;
+    if (!std::exchange(m_hasToldOfLoss, true))
+        refuse(
+            "The connection was lost. Nothing is sent until the module is loaded anew, not even: ",
+            text);
+    return false;
+}
+
+void HostChannel::refuse(const QByteArray& reason, const QByteArray& text)
+{
+    post_message("standard", "Channel", 1, reason + text);
+}
+
+std::optional<Reply> HostChannel::waitForReply(int timeoutMs)
+{
+    const QScopedValueRollback<bool> waiting(m_isWaiting, true);
+    return m_link.wait(timeoutMs);
+}
+
+void HostChannel::send(Operation operation, const QByteArray& text)
+{
+    if (m_listener)
+        m_listener->sending(operation, text);
+    m_link.send(operation, text);
+}
+
+int HostChannel::sendOrStart(Operation operation, const QByteArray& text, char* reply)
+{
+    if (!m_preparedTimeoutMs)
+        return result(takeReply(exchange(operation, text), reply));
+
+    finishPending();
+    if (!maySend(text))
+        return failure;
+    send(operation, text);
+    m_pending = Pending{reply, *m_preparedTimeoutMs, {}, std::nullopt};
+    m_pending->age.start();
+    m_preparedTimeoutMs.reset();
+    return success;
+}
+
+void HostChannel::finishPending()
+{
+    if (!m_pending || m_pending->outcome || m_isWaiting)
+        return;
+    const qint64 leftMs = qMax<qint64>(0, m_pending->timeoutMs - m_pending->age.elapsed());
+    m_pending->outcome = takeReply(waitForReply(static_cast<int>(leftMs)), m_pending->reply);
+}

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <commandlink.h>
+#include <equipment.h>
+
+struct Transcript;
+
+/// The system that the frontend operates: the line to its controllers, and the equipment as it can
+/// be watched and touched. To be used from the user interface thread.
+class SystemAccess
+{
+public:
+    virtual ~SystemAccess() = default;
+
+    /// The line to the controllers; lives as long as the access.
+    virtual CommandLink& link() = 0;
+    /// The equipment beside it; lives as long as the access.
+    virtual Equipment& equipment() = 0;
+
+    /// What answers the module in the place of the controllers; null if they do.
+    virtual const Transcript* transcript() const { return nullptr; }
+
+    /// Whether another system stands in the place of this one, so that a new access is needed.
+    virtual bool isExchanged() const { return false; }
+
+    /// Begins to keep what has to outlive the frontend in the folder @p stateDir, which exists.
+    ///
+    /// @param fresh whether to forget what an earlier start left there
+    /// @param remark must not be null; receives what was wrong with that, empty if all is well
+    /// @return whether it is kept; if not, @p remark is why. Otherwise it was set aside.
+    virtual bool keepState(const QString& stateDir, bool fresh, QString* remark) = 0;
+};

@@ -1,0 +1,87 @@
+#include "runwitness.h"
+
+#include <algorithm>
+#include <initializer_list>
+
+namespace {
+
+bool startsWithAny(const QByteArray& text, std::initializer_list<const char*> beginnings)
+{
+    return std::any_of(beginnings.begin(), beginnings.end(),
+                       [&](const char* beginning) { return text.startsWith(beginning); });
+}
+
+// A dialog that stays open after a failed run asks this again before it begins another one.
+bool precedesRun(Operation operation, const QByteArray& text)
+{
+    return operation == Operation::GetString && text == "status active";
+}
+
+bool belongsToRun(Operation operation, const QByteArray& text)
+{
+    if (operation == Operation::SetValue)
+        return startsWithAny(text, {"system redirect_update ", "system update ", "system ctupdt "});
+    return operation == Operation::Command && text.startsWith("vornix2 set camera update ");
+}
+
+bool isRestart(Operation operation, const QByteArray& text)
+{
+    return operation == Operation::Command &&
+           (text == "vornix2 system reboot" || text == "vornix2 system shutdown");
+}
+
+/// Answers from what was answered before.
+class Memory final : public Queries
+{
+public:
+    explicit Memory(const QHash<QByteArray, Reply>& answers) : m_answers(answers) {}
+
+    std::optional<QString> text(const QByteArray& key) override
+    {
+        const auto answer = m_answers.find(key);
+        return answer == m_answers.end() ? std::nullopt
+                                         : std::make_optional(replyText(key, answer->text));
+    }
+
+    std::optional<int> number(const QByteArray& key) override
+    {
+        const auto answer = m_answers.find(key);
+        return answer == m_answers.end() ? std::nullopt : std::make_optional(answer->integer);
+    }
+
+private:
+    const QHash<QByteArray, Reply>& m_answers;
+};
+
+} // namespace
+
+void RunWitness::sending(Operation operation, const QByteArray& text)
+{
+    if (precedesRun(operation, text))
+        m_isRunning = false;
+    if (m_isRunning || !belongsToRun(operation, text))
+        return;
+    m_isRunning = true;
+    emit runBegins();
+}
+
+void RunWitness::answered(Operation operation, const QByteArray& text,
+                          const std::optional<Reply>& reply)
+{
+    if (isRestart(operation, text) && !reply)
+        emit restartUnanswered();
+    else if (isRestart(operation, text) && !reply->text.startsWith("vornix2 err"))
+        emit restartAccepted();
+    if (operation != Operation::GetString && operation != Operation::GetInt)
+        return;
+    if (reply && reply->ok)
+        m_answers.insert(text, *reply);
+    else
+        m_answers.remove(text);
+}
+
+SystemReport RunWitness::lastAnswers() const
+{
+    Memory memory(m_answers);
+    return SystemReport::ask(memory);
+}

@@ -1,0 +1,219 @@
+#include "mainwindow.h"
+
+#include "connectionpanel.h"
+#include "logpanel.h"
+#include "systemview.h"
+#include "theme.h"
+#include "windowsize.h"
+
+#include <equipment.h>
+#include <version.h>
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QLabel>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QScreen>
+#include <QSplitter>
+#include <QStatusBar>
+#include <QStyle>
+#include <QVBoxLayout>
+
+namespace {
+
+// Order numbers of the frontend's own menus; modules know where theirs go between them.
+constexpr int menuFile = 100;
+constexpr int menuMeasurement = 200;
+constexpr int menuView = 300;
+constexpr int menuHelp = 700;
+
+} // namespace
+
+MainWindow::MainWindow(Equipment& equipment, bool observer, QWidget* parent)
+    : QMainWindow(parent), m_equipment(equipment), m_observer(observer), m_menus(menuBar()),
+      m_connection(new ConnectionPanel(equipment)), m_systemView(new SystemView(equipment)),
+      m_log(new LogPanel), m_measurement(new QLabel)
+{
+    setObjectName(QStringLiteral("mainWindow"));
+    setWindowTitle(
+        tr("VORNIX3 %1 - %2").arg(QLatin1String(frontendVersion), equipment.scenario().title));
+    makeMenus();
+    setCentralWidget(makeContent());
+    makeStatusBar();
+    resize(fittingSize(*this, {1180, 900}));
+    connect(&equipment, &Equipment::changed, this, &MainWindow::followSystem);
+    followSystem();
+    qApp->installEventFilter(this);
+}
+
+QAction* MainWindow::addAction(const QString& text, const QString& tip, int order,
+                               const QString& menu, int menuOrder)
+{
+    auto* action = new QAction(text, this);
+    action->setStatusTip(tip);
+    m_menus.place(action, order, menu, menuOrder);
+    return action;
+}
+
+LogView& MainWindow::log()
+{
+    return m_log->view();
+}
+
+void MainWindow::makeMenus()
+{
+    QAction* quit = addAction(tr("&Quit"), tr("Leave the frontend"), 100, tr("&VORNIX3"), menuFile);
+    quit->setObjectName(QStringLiteral("actionQuit"));
+    quit->setShortcut(QKeySequence::Quit);
+    connect(quit, &QAction::triggered, this, &MainWindow::close);
+
+    m_searchHardware = addAction(tr("Search for &hardware..."),
+                                 tr("Have the controller look for new or changed hardware"), 50,
+                                 tr("&VORNIX3"), menuFile);
+    m_searchHardware->setObjectName(QStringLiteral("actionSearchHardware"));
+    connect(m_searchHardware, &QAction::triggered, this, &MainWindow::hardwareSearchWanted);
+
+    m_results = addAction(tr("&Results of the last update..."),
+                          tr("Show what the devices report after the last update"), 60,
+                          tr("&VORNIX3"), menuFile);
+    m_results->setObjectName(QStringLiteral("actionResults"));
+    m_results->setEnabled(false);
+    connect(m_results, &QAction::triggered, this, &MainWindow::resultsWanted);
+
+    m_startMeasurement =
+        addAction(tr("&Start"), tr("Start a measurement"), 10, tr("&Measurement"), menuMeasurement);
+    connect(m_startMeasurement, &QAction::triggered, this,
+            [this] { m_equipment.perform({EquipmentCommand::Kind::StartMeasurement}); });
+    m_stopMeasurement = addAction(tr("S&top"), tr("Stop the measurement that runs"), 20,
+                                  tr("&Measurement"), menuMeasurement);
+    connect(m_stopMeasurement, &QAction::triggered, this,
+            [this] { m_equipment.perform({EquipmentCommand::Kind::StopMeasurement}); });
+
+    m_darkTheme = addAction(tr("&Dark theme"), tr("Switch between the dark and the bright theme"),
+                            10, tr("V&iew"), menuView);
+    m_darkTheme->setObjectName(QStringLiteral("actionDarkTheme"));
+    m_darkTheme->setCheckable(true);
+    connect(m_darkTheme, &QAction::toggled, this, [this](bool dark) {
+        applyTheme(dark);
+        emit themeChanged(dark);
+    });
+
+    QAction* about = addAction(tr("&About"), tr("Versions of the frontend and its modules"), 90,
+                               tr("&Help"), menuHelp);
+    about->setObjectName(QStringLiteral("actionAbout"));
+    connect(about, &QAction::triggered, this, &MainWindow::showAbout);
+}
+
+QWidget* MainWindow::makeContent()
+{
+    auto* splitter = new QSplitter(Qt::Vertical);
+    splitter->addWidget(m_systemView);
+    splitter->addWidget(m_log);
+    splitter->setChildrenCollapsible(false);
+    splitter->setStretchFactor(0, 0);
+    splitter->setStretchFactor(1, 1);
+
+    auto* content = new QWidget;
+    auto* layout = new QVBoxLayout(content);
+    layout->addWidget(m_connection);
+    layout->addWidget(splitter, 1);
+    return content;
+}
+
+void MainWindow::makeStatusBar()
+{
+    if (m_observer)
+        statusBar()->addPermanentWidget(new QLabel(tr("Observer")));
+    statusBar()->addPermanentWidget(m_measurement);
+}
+
+bool MainWindow::eventFilter(QObject* watched, QEvent* event)
+{
+    auto* dialog = event->type() == QEvent::Show ? qobject_cast<QDialog*>(watched) : nullptr;
+    // Only where it has not been moved by hand.
+    if (dialog && dialog->parentWidget() == this && !dialog->testAttribute(Qt::WA_Moved))
+        placeBelowEquipment(dialog);
+    return QMainWindow::eventFilter(watched, event);
+}
+
+void MainWindow::placeBelowEquipment(QWidget* dialog) const
+{
+    const QRect room = screen()->availableGeometry();
+    const int below = m_systemView->mapToGlobal(m_systemView->rect().bottomLeft()).y();
+    const int title = style()->pixelMetric(QStyle::PM_TitleBarHeight);
+    const int lowest = room.bottom() - dialog->height() - title;
+    const int left = geometry().center().x() - dialog->width() / 2;
+    dialog->move(qMax(room.left(), left), qMax(room.top(), qMin(below, lowest)));
+}
+
+void MainWindow::addModuleEntries(const QList<GuiElement*>& elements)
+{
+    for (const GuiElement* element : elements) {
+        m_menus.place(element->menu_entry, element->menu_entry_order_number, element->menu_name,
+                      element->menu_order_number);
+        m_moduleEntries.append(
+            {element->menu_entry, element->action_active_during_measurement != 0});
+    }
+    followSystem();
+}
+
+void MainWindow::removeModuleEntries()
+{
+    for (const ModuleEntry& entry : qAsConst(m_moduleEntries))
+        m_menus.remove(entry.action);
+    m_moduleEntries.clear();
+}
+
+void MainWindow::setHasResults(bool has)
+{
+    m_results->setEnabled(has);
+}
+
+void MainWindow::setSaveFolder(const QString& folder)
+{
+    m_log->setSaveFolder(folder);
+}
+
+void MainWindow::setDarkTheme(bool dark)
+{
+    m_darkTheme->setChecked(dark);
+}
+
+bool MainWindow::isDarkTheme() const
+{
+    return m_darkTheme->isChecked();
+}
+
+void MainWindow::followSystem()
+{
+    const bool measuring = m_equipment.state().measurement != Measurement::Off;
+    m_measurement->setText(measuring ? tr("Measurement runs") : tr("No measurement"));
+    m_searchHardware->setEnabled(!m_observer && m_equipment.isReachable() && !measuring);
+    m_startMeasurement->setEnabled(!m_observer && m_equipment.isReachable() && !measuring);
+    m_stopMeasurement->setEnabled(!m_observer && measuring);
+    for (const ModuleEntry& entry : qAsConst(m_moduleEntries))
+        entry.action->setEnabled(!measuring || entry.activeDuringMeasurement);
+}
+
+void MainWindow::showAbout()
+{
+    QMessageBox::about(
+        this, tr("About VORNIX3"),
+        tr("VORNIX3 demo frontend %1\n\n%2").arg(QLatin1String(frontendVersion), m_moduleText));
+}
+
+// What runs behind an open dialog must come to its end first.
+void MainWindow::closeEvent(QCloseEvent* event)
+{
+    QWidget* dialog = QApplication::activeModalWidget();
+    if (!dialog) {
+        QMainWindow::closeEvent(event);
+        return;
+    }
+    dialog->raise();
+    dialog->activateWindow();
+    statusBar()->showMessage(
+        tr("Please close the window \"%1\" first.").arg(dialog->windowTitle()));
+    event->ignore();
+}

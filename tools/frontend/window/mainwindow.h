@@ -1,0 +1,94 @@
+#pragma once
+
+#include <ModuleInterface.h>
+#include <orderedmenus.h>
+
+#include <QMainWindow>
+#include <QVector>
+
+class ConnectionPanel;
+class LogPanel;
+class LogView;
+class QLabel;
+class Equipment;
+class SystemView;
+
+/// The frontend's window: menus, the state of the connection, the simulated equipment and the log.
+/// Windows of modules open below the equipment, so that it can be watched.
+class MainWindow : public QMainWindow
+{
+    Q_OBJECT
+
+public:
+    /// @param equipment must outlive the window
+    /// @param observer whether the user may only look on
+    MainWindow(Equipment& equipment, bool observer, QWidget* parent = nullptr);
+
+    /// The head of the window; owned by it.
+    ConnectionPanel& connection() { return *m_connection; }
+    /// The frontend's log; owned by the window.
+    LogView& log();
+    /// Sets the folder that is proposed for a saved log.
+    void setSaveFolder(const QString& folder);
+
+    /// Places the menu entries of a module, which stay the module's. Those that must not be used
+    /// during a measurement are disabled as long as one runs.
+    void addModuleEntries(const QList<GuiElement*>& elements);
+    /// Takes all of them out again, to be called before the module goes.
+    void removeModuleEntries();
+    /// @param text what the box "About" says of the module
+    void setModuleText(const QString& text) { m_moduleText = text; }
+
+    /// Whether there is a run of updates whose results can be shown.
+    void setHasResults(bool has);
+
+    /// Changes the colours of the whole application.
+    void setDarkTheme(bool dark);
+    /// Whether the dark theme is shown.
+    bool isDarkTheme() const;
+
+signals:
+    /// The theme is another one now, whoever changed it.
+    void themeChanged(bool dark);
+    /// The user wants the controller to look for its hardware again.
+    void hardwareSearchWanted();
+    /// The user wants to see what became of the last update.
+    void resultsWanted();
+
+protected:
+    /// Keeps the window open as long as a modal one is, and says which.
+    void closeEvent(QCloseEvent* event) override;
+    /// Moves a dialog of this window below the equipment when it is shown.
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    struct ModuleEntry
+    {
+        QAction* action;
+        bool activeDuringMeasurement;
+    };
+
+    void makeMenus();
+    QAction* addAction(const QString& text, const QString& tip, int order, const QString& menu,
+                       int menuOrder);
+    QWidget* makeContent();
+    void makeStatusBar();
+    void placeBelowEquipment(QWidget* dialog) const;
+    void followSystem();
+    void showAbout();
+
+    Equipment& m_equipment;
+    bool m_observer;
+    OrderedMenus m_menus;
+    ConnectionPanel* m_connection;
+    SystemView* m_systemView;
+    LogPanel* m_log;
+    QLabel* m_measurement;
+    QAction* m_searchHardware = nullptr;
+    QAction* m_results = nullptr;
+    QAction* m_startMeasurement = nullptr;
+    QAction* m_stopMeasurement = nullptr;
+    QAction* m_darkTheme = nullptr;
+    QVector<ModuleEntry> m_moduleEntries;
+    QString m_moduleText;
+};

@@ -1,0 +1,197 @@
+#include "systemview.h"
+
+#include "faultdialog.h"
+
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QPainter>
+#include <QPushButton>
+#include <QStyledItemDelegate>
+#include <QTableView>
+
+namespace {
+
+constexpr int refreshMs = 50;
+constexpr int minShownRows = 3;
+constexpr int maxShownRows = 8;
+constexpr int columnGap = 12;
+constexpr int rowGap = 4;
+// No block of full records has more.
+const QLatin1String longestRecords("750,000 of 750,000");
+
+/// Leaves room between the columns, and shows the fraction behind progressRole as a bar.
+class DeviceDelegate : public QStyledItemDelegate
+{
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override
+    {
+        return QStyledItemDelegate::sizeHint(option, index) + QSize(columnGap, rowGap);
+    }
+
+    void paint(QPainter* painter, const QStyleOptionViewItem& option,
+               const QModelIndex& index) const override
+    {
+        const QVariant fraction = index.data(progressRole);
+        if (!fraction.isValid()) {
+            QStyledItemDelegate::paint(painter, option, index);
+            return;
+        }
+        QStyleOptionProgressBar bar;
+        bar.rect = option.rect.adjusted(3, 3, -3, -3);
+        bar.palette = option.palette;
+        bar.fontMetrics = option.fontMetrics;
+        bar.direction = option.direction;
+        bar.state = QStyle::State_Enabled | QStyle::State_Horizontal;
+        bar.minimum = 0;
+        bar.maximum = 1000;
+        bar.progress = static_cast<int>(fraction.toDouble() * bar.maximum);
+        bar.text = index.data().toString();
+        bar.textVisible = true;
+        bar.textAlignment = Qt::AlignCenter;
+        option.widget->style()->drawControl(QStyle::CE_ProgressBar, &bar, painter, option.widget);
+    }
+};
+
+/// As high as its rows, as long as they are not too many.
+class DeviceView : public QTableView
+{
+public:
+    QSize sizeHint() const override { return {1000, heightOf(maxShownRows)}; }
+    QSize minimumSizeHint() const override { return {200, heightOf(minShownRows)}; }
+
+private:
+    int heightOf(int maxRows) const
+    {
+        const int rows = qMin(model()->rowCount(), maxRows);
+        return horizontalHeader()->sizeHint().height() + rows * verticalHeader()->sectionSize(0) +
+               2 * frameWidth();
+    }
+};
+
+QTableView* makeDeviceView(QAbstractTableModel* model, const QString& name)
+{
+    auto* view = new DeviceView;
+    view->setAccessibleName(name);
+    view->setModel(model);
+    view->setItemDelegate(new DeviceDelegate(view));
+    view->setAlternatingRowColors(true);
+    view->setShowGrid(false);
+    view->setWordWrap(false);
+    view->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    view->setSelectionBehavior(QAbstractItemView::SelectRows);
+    view->setTabKeyNavigation(false);
+    view->verticalHeader()->hide();
+    view->verticalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
+
+    QHeaderView* header = view->horizontalHeader();
+    header->setHighlightSections(false);
+    header->setSectionResizeMode(QHeaderView::ResizeToContents);
+    // The one that takes what the others leave still shows its title.
+    header->setSectionResizeMode(header->count() - 2, QHeaderView::Stretch);
+    header->setMinimumSectionSize(header->sectionSizeHint(header->count() - 2));
+    header->setSectionResizeMode(header->count() - 1, QHeaderView::Fixed);
+    header->resizeSection(header->count() - 1,
+                          view->fontMetrics().horizontalAdvance(longestRecords) + 2 * columnGap);
+    return view;
+}
+
+QHBoxLayout* rightAligned(const QList<QWidget*>& widgets)
+{
+    auto* line = new QHBoxLayout;
+    line->addStretch();
+    for (QWidget* widget : widgets)
+        line->addWidget(widget);
+    return line;
+}
+
+} // namespace
+
+SystemView::SystemView(Equipment& equipment, QWidget* parent)
+    : QWidget(parent), m_equipment(equipment), m_controllers(makeControllerTable(equipment, this)),
+      m_cameras(makeCameraTable(equipment, this))
+{
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(makeControllers(), equipment.state().controllers.size());
+    if (!equipment.state().cameras.isEmpty())
+        layout->addWidget(makeCameras(), equipment.state().cameras.size());
+
+    refresh();
+
+    // A stream of records changes the system more often than eyes can follow.
+    m_refresh.setSingleShot(true);
+    m_refresh.setInterval(refreshMs);
+    connect(&m_refresh, &QTimer::timeout, this, &SystemView::refresh);
+    connect(&equipment, &Equipment::changed, this, [this] {
+        if (!m_refresh.isActive())
+            m_refresh.start();
+    });
+}
+
+QWidget* SystemView::makeControllers()
+{
+    auto* group = new QGroupBox(tr("Controllers (simulated)"));
+    auto* layout = new QVBoxLayout(group);
+    layout->addWidget(makeDeviceView(m_controllers, group->title()));
+    auto* power = new QPushButton(tr("Power-c&ycle the controllers"));
+    power->setObjectName(QStringLiteral("pushButton_powerCycleControllers"));
+    power->setStatusTip(tr("Take power off all controllers and give it back"));
+    connect(power, &QPushButton::clicked, this,
+            [this] { m_equipment.perform({EquipmentCommand::Kind::PowerCycle}); });
+    layout->addLayout(rightAligned({makeFaultButton(), power}));
+    return group;
+}
+
+QWidget* SystemView::makeCameras()
+{
+    auto* group = new QGroupBox(tr("Cameras (simulated)"));
+    auto* layout = new QVBoxLayout(group);
+    m_cameraView = makeDeviceView(m_cameras, group->title());
+    m_cameraView->setObjectName(QStringLiteral("tableView_cameras"));
+    layout->addWidget(m_cameraView);
+    m_cameraPower = new QPushButton(tr("&Power-cycle the selected cameras"));
+    m_cameraPower->setObjectName(QStringLiteral("pushButton_powerCycleCameras"));
+    m_cameraPower->setStatusTip(tr("Take power off the selected cameras and give it back"));
+    m_cameraPower->setEnabled(false);
+    connect(m_cameraPower, &QPushButton::clicked, this, &SystemView::powerCycleSelectedCameras);
+    connect(m_cameraView->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            [this] { m_cameraPower->setEnabled(m_cameraView->selectionModel()->hasSelection()); });
+    layout->addLayout(rightAligned({m_cameraPower}));
+    return group;
+}
+
+QPushButton* SystemView::makeFaultButton()
+{
+    m_faults = new QPushButton;
+    m_faults->setObjectName(QStringLiteral("pushButton_faults"));
+    m_faults->setStatusTip(tr("Choose what shall go wrong"));
+    connect(m_faults, &QPushButton::clicked, this, &SystemView::showFaults);
+    return m_faults;
+}
+
+void SystemView::showFaults()
+{
+    if (!m_faultDialog)
+        m_faultDialog = new FaultDialog(m_equipment, window());
+    m_faultDialog->show();
+    m_faultDialog->raise();
+    m_faultDialog->activateWindow();
+}
+
+void SystemView::refresh()
+{
+    m_controllers->refresh();
+    m_cameras->refresh();
+    const int armed = m_equipment.state().faults.armed().size();
+    m_faults->setText(armed == 0 ? tr("Fa&ults on demand...")
+                                 : tr("Fa&ults on demand (%1 armed)...").arg(armed));
+}
+
+void SystemView::powerCycleSelectedCameras()
+{
+    for (const QModelIndex& row : m_cameraView->selectionModel()->selectedRows())
+        m_equipment.perform({EquipmentCommand::Kind::PowerCycleCamera, row.row()});
+}
