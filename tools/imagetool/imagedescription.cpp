@@ -2,9 +2,11 @@
 
 #include "checkedjson.h"
 #include "imageformat.h"
-#include "payload.h"
+#include "recordsources.h"
+#include "releasetext.h"
 
-#include <QDate>
+#include <QDir>
+#include <QFileInfo>
 #include <QRegularExpression>
 
 #include <limits>
@@ -13,56 +15,6 @@ namespace {
 
 // Far beyond any real file, and still within what a byte array holds.
 constexpr qint64 maxPayloadBytes = 1 << 30;
-
-/// The text of a release, taken apart.
-struct ReleaseText
-{
-    VersionInfo version;
-    int preReleaseType = 0;
-    int preReleaseNumber = 0;
-    QString appendix;
-};
-
-std::optional<int> parseNumber(const QString& text)
-{
-    bool ok = false;
-    const int number = text.toUShort(&ok);
-    return ok ? std::optional<int>(number) : std::nullopt;
-}
-
-std::optional<VersionInfo> parseVersion(const QString& text, int parts)
-{
-    static const QRegularExpression form("^[0-9]+(\\.[0-9]+)+$");
-    const QStringList texts = text.split('.');
-    if (!form.match(text).hasMatch() || texts.size() != parts)
-        return std::nullopt;
-    int numbers[3] = {-1, -1, -1};
-    for (int index = 0; index < parts; ++index) {
-        const auto number = parseNumber(texts[index]);
-        if (!number)
-            return std::nullopt;
-        numbers[index] = *number;
-    }
-    return VersionInfo(numbers[0], numbers[1], numbers[2]);
-}
-
-std::optional<ReleaseText> parseRelease(const QString& text)
-{
-    static const QRegularExpression form("^([0-9.]+)(-([a-z]+)\\.([0-9]+))?$");
-    const QRegularExpressionMatch match = form.match(text);
-    const auto version = parseVersion(match.captured(1), 3);
-    if (!version)
-        return std::nullopt;
-    if (match.captured(2).isEmpty())
-        return ReleaseText{*version, 0, 0, QString()};
-
-    const auto number = parseNumber(match.captured(4));
-    for (const int type : {10, 20, 30}) {
-        if (number && match.captured(3) == imageformat::preReleaseWord(type))
-            return ReleaseText{*version, type, *number, match.captured(2)};
-    }
-    return std::nullopt;
-}
 
 VersionInfo readVersion(CheckedObject& object, const QString& key, int parts)
 {
@@ -73,20 +25,20 @@ VersionInfo readVersion(CheckedObject& object, const QString& key, int parts)
     return version.value_or(VersionInfo());
 }
 
-ReleaseText readRelease(CheckedObject& object)
+ReleaseText readRelease(CheckedObject& object, const QString& key)
 {
-    const auto release = parseRelease(object.text("release"));
+    const auto release = parseRelease(object.text(key));
     if (!release)
-        object.fail("release", R"(must be a version such as "1.2.3" or "1.2.3-beta.4")");
+        object.fail(key, R"(must be a version such as "1.2.3" or "1.2.3-beta.4")");
     return release.value_or(ReleaseText());
 }
 
 ImageDate readDate(CheckedObject& object, const QString& key)
 {
-    const QDate date = QDate::fromString(object.text(key), "yyyy-MM-dd");
-    if (!date.isValid())
+    const auto date = parseDate(object.text(key));
+    if (!date)
         object.fail(key, "must be a date such as \"2025-12-31\"");
-    return {date.year(), date.month(), date.day()};
+    return date.value_or(ImageDate());
 }
 
 template <typename Integer>
@@ -146,6 +98,9 @@ QByteArray readText(CheckedObject& object, int maxBytes)
 class DescriptionReader
 {
 public:
+    explicit DescriptionReader(const QString& folder) : m_folder(folder) {}
+
+    QStringList inputFiles() const { return m_inputFiles; }
     ControllerImage readController(CheckedObject& root);
     CameraUpdateFile readCamera(CheckedObject& root);
 
@@ -154,8 +109,16 @@ private:
     CameraImage readImage(CheckedObject& object, const CameraUpdateFile& file);
     void readContent(CheckedObject& object, CheckedObject& overrides, const PayloadHead& head,
                      RecordBlock* block);
-    QByteArray readPayload(CheckedObject payload, int recordLength, const PayloadHead& head);
+    std::shared_ptr<const RecordSource> readSource(CheckedObject& object, const PayloadHead& head);
+    std::shared_ptr<const RecordSource> readPayload(CheckedObject payload, int recordLength,
+                                                    const PayloadHead& head);
+    std::shared_ptr<const RecordSource> readRecordsOf(CheckedObject origin);
+    QString inputFile(CheckedObject& object);
+    std::shared_ptr<const RecordSource> addUp(CheckedObject& object, const QString& key,
+                                              const std::shared_ptr<const RecordSource>& source);
 
+    const QDir m_folder; // that files are named from
+    QStringList m_inputFiles;
     QString m_appendix;
     qint64 m_payloadBytes = 0;
 };
@@ -167,7 +130,7 @@ ControllerImage DescriptionReader::readController(CheckedObject& root)
     image.layout = plain ? ImageLayout::Plain : ImageLayout::Dated;
     image.modelFamily = root.choice("modelFamily", {"ZAN", "BRIARSCOPE3"}, 0) * briarscopeFamily;
 
-    const ReleaseText release = readRelease(root);
+    const ReleaseText release = readRelease(root, "release");
     m_appendix = release.appendix;
     image.release = release.version;
     if (!plain) {
@@ -217,7 +180,10 @@ ControllerImageBlock DescriptionReader::readBlock(CheckedObject& object,
 CameraUpdateFile DescriptionReader::readCamera(CheckedObject& root)
 {
     CameraUpdateFile file;
-    file.newVer = readVersion(root, "newVersion", 3);
+    // The head has no room for a pre-release; the payload has.
+    const ReleaseText release = readRelease(root, "newVersion");
+    m_appendix = release.appendix;
+    file.newVer = release.version;
     file.minVer = readVersion(root, "minVersion", 3);
     file.models = readModels(root);
 
@@ -238,7 +204,11 @@ CameraImage DescriptionReader::readImage(CheckedObject& object, const CameraUpda
     CameraImage image;
     image.text = readText(object, imageformat::maxCameraTextBytes);
     CheckedObject overrides = object.objectOrEmpty("override");
-    readContent(object, overrides, {PayloadComponent::CameraFirmware, file.newVer, QString()},
+    if (object.contains("newVersion"))
+        image.newVer = readVersion(object, "newVersion", 3);
+    if (object.contains("minVersion"))
+        image.minVer = readVersion(object, "minVersion", 3);
+    readContent(object, overrides, {PayloadComponent::CameraFirmware, file.newVer, m_appendix},
                 &image);
     return image;
 }
@@ -246,14 +216,10 @@ CameraImage DescriptionReader::readImage(CheckedObject& object, const CameraUpda
 void DescriptionReader::readContent(CheckedObject& object, CheckedObject& overrides,
                                     const PayloadHead& head, RecordBlock* block)
 {
-    if (object.contains("records")) {
+    if (object.contains("records"))
         block->records = readRecords(object);
-    } else {
-        const auto length =
-            static_cast<int>(object.number("recordLength", 1, maxRecordBytes, maxRecordBytes));
-        block->records =
-            splitIntoRecords(readPayload(object.object("payload"), length, head), length);
-    }
+    else
+        block->source = readSource(object, head);
     readOverride(overrides, "magic", &block->magic);
     readOverride(overrides, "textLength", &block->textLength);
     readOverride(overrides, "recordCount", &block->recordCount);
@@ -261,48 +227,93 @@ void DescriptionReader::readContent(CheckedObject& object, CheckedObject& overri
     readOverride(overrides, "offset", &block->offset);
     readOverride(overrides, "length", &block->length);
     overrides.finish();
+    object.objectOrEmpty("shown"); // what `show` tells beside the description
     object.finish();
 }
 
-QByteArray DescriptionReader::readPayload(CheckedObject payload, int recordLength,
-                                          const PayloadHead& head)
+std::shared_ptr<const RecordSource> DescriptionReader::readSource(CheckedObject& object,
+                                                                  const PayloadHead& head)
 {
-    const qint64 size = payload.number("records", 1, maxPayloadBytes) * recordLength;
+    if (object.contains("recordsOf"))
+        return readRecordsOf(object.object("recordsOf"));
+    const auto length =
+        static_cast<int>(object.number("recordLength", 1, maxRecordBytes, maxRecordBytes));
+    if (!object.contains("file"))
+        return readPayload(object.object("payload"), length, head);
+    const QString path = inputFile(object);
+    QString error;
+    const auto source = recordsOfFile(path, length, &error);
+    if (!source)
+        object.fail("file", error);
+    return addUp(object, "file", source);
+}
+
+std::shared_ptr<const RecordSource> DescriptionReader::readRecordsOf(CheckedObject origin)
+{
+    const QString path = inputFile(origin);
+    const auto index = static_cast<int>(origin.number("block", 0, 0xFFFF));
+    origin.finish();
+    QString error;
+    const auto source = recordsOfBlock(path, index, &error);
+    if (!source)
+        origin.fail("file", error);
+    return addUp(origin, "file", source);
+}
+
+QString DescriptionReader::inputFile(CheckedObject& object)
+{
+    const QString path = m_folder.filePath(object.text("file"));
+    m_inputFiles.append(path);
+    return path;
+}
+
+// Notes what goes beyond all bounds.
+std::shared_ptr<const RecordSource>
+DescriptionReader::addUp(CheckedObject& object, const QString& key,
+                         const std::shared_ptr<const RecordSource>& source)
+{
+    m_payloadBytes += source ? source->totals().bytes : 0;
+    if (m_payloadBytes > maxPayloadBytes)
+        object.fail(
+            key,
+            QStringLiteral("the payloads of a file must not exceed %1 bytes").arg(maxPayloadBytes));
+    return source;
+}
+
+std::shared_ptr<const RecordSource>
+DescriptionReader::readPayload(CheckedObject payload, int recordLength, const PayloadHead& head)
+{
+    const qint64 count = payload.number("records", 1, maxPayloadBytes);
     const auto seed =
         static_cast<quint32>(payload.number("seed", 0, std::numeric_limits<quint32>::max(), 1));
     payload.finish();
-
-    m_payloadBytes += size;
-    if (size < payloadOverhead)
+    if (count * recordLength < payloadOverhead)
         payload.fail("records", QStringLiteral("too few for the %1 bytes of a payload's head "
                                                "and checksum")
                                     .arg(payloadOverhead));
-    if (m_payloadBytes > maxPayloadBytes)
-        payload.fail(
-            "records",
-            QStringLiteral("the payloads of a file must not exceed %1 bytes").arg(maxPayloadBytes));
-    if (!payload.ok())
-        return {};
-    return makePayload(head, static_cast<int>(size) - payloadOverhead, seed);
+    return addUp(payload, "records", recordsOfPayload(head, count, recordLength, seed));
 }
 
 } // namespace
 
 std::optional<UpdateFile> readImageDescription(const QByteArray& json, const QString& fileName,
-                                               QString* error)
+                                               QStringList* inputFiles, QString* error)
 {
     const auto document = parseJsonObject(json, fileName, error);
     if (!document)
         return std::nullopt;
 
     CheckedObject root(*document, fileName, error);
-    DescriptionReader reader;
+    DescriptionReader reader(QFileInfo(fileName).path());
     UpdateFile file;
     if (root.choice("kind", {"controller", "camera"}) == 0)
         file = reader.readController(root);
     else
         file = reader.readCamera(root);
+    root.objectOrEmpty("shown"); // what `show` tells beside the description
     root.finish();
+    if (inputFiles)
+        *inputFiles = reader.inputFiles();
     if (!root.ok())
         return std::nullopt;
     return file;

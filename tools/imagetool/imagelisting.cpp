@@ -1,39 +1,12 @@
 #include "imagelisting.h"
 
-#include "imageformat.h"
-#include "imagereader.h"
-#include "payload.h"
+#include "fieldoffsets.h"
+#include "releasetext.h"
 
+#include <QBuffer>
 #include <QJsonArray>
 
 namespace {
-
-QString versionText(const VersionInfo& version)
-{
-    return version.toString().mid(1);
-}
-
-QString appendixText(int type, int number)
-{
-    if (type == 0 && number == 0)
-        return QString();
-    if (const char* word = imageformat::preReleaseWord(type))
-        return QStringLiteral("-%1.%2").arg(QLatin1String(word)).arg(number);
-    return QStringLiteral("-unknown%1.%2").arg(type).arg(number);
-}
-
-QString releaseText(const ControllerImage& image)
-{
-    return versionText(image.release) + appendixText(image.preReleaseType, image.preReleaseNumber);
-}
-
-QString dateText(const ImageDate& date)
-{
-    return QStringLiteral("%1-%2-%3")
-        .arg(date.year, 4, 10, QLatin1Char('0'))
-        .arg(date.month, 2, 10, QLatin1Char('0'))
-        .arg(date.day, 2, 10, QLatin1Char('0'));
-}
 
 QString typeText(quint16 type)
 {
@@ -54,125 +27,113 @@ QString componentText(PayloadComponent component)
     }
 }
 
-/// Builds the listing of one file.
-class Lister
+QString payloadName(const PayloadHead& head)
 {
-public:
-    UpdateFileListing list(const QByteArray& bytes);
-
-private:
-    void listController(const ControllerImage& image);
-    void listCamera(const CameraUpdateFile& file);
-    ListingFields contentFields(const RecordBlock& block, PayloadComponent component,
-                                const VersionInfo& version);
-    QString payloadText(const RecordBlock& block, PayloadComponent component,
-                        const VersionInfo& version);
-    void noteProblem(const QString& problem);
-
-    UpdateFileListing m_listing;
-};
-
-UpdateFileListing Lister::list(const QByteArray& bytes)
-{
-    const ReadUpdateFile content = readUpdateFile(bytes);
-    m_listing.problems = content.problems;
-    if (!content.file)
-        return m_listing;
-    if (const auto* image = std::get_if<ControllerImage>(&*content.file))
-        listController(*image);
-    else
-        listCamera(std::get<CameraUpdateFile>(*content.file));
-    return m_listing;
+    return componentText(head.component) + ' ' + versionText(head.version) + head.appendix;
 }
 
-void Lister::listController(const ControllerImage& image)
+QString payloadText(const ScannedContent& content)
 {
-    const bool dated = image.layout == ImageLayout::Dated;
-    m_listing.head = {{"kind", "controller"},
-                      {"layout", dated ? "dated" : "plain"},
-                      {"modelFamily", image.modelFamily == 0 ? "ZAN" : "BRIARSCOPE3"},
-                      {"release", releaseText(image)}};
-    if (dated) {
-        m_listing.head.append({"releaseDate", dateText(image.releaseDate)});
-        m_listing.head.append({"minorReleaseDate", dateText(image.minorReleaseDate)});
-    }
-    m_listing.head += ListingFields{{"newPt", versionText(image.newPt)},
-                                    {"newCt", versionText(image.newCt)},
-                                    {"minPt", versionText(image.minPt)},
-                                    {"minCt", versionText(image.minCt)}};
-    m_listing.partsName = "blocks";
-    for (const ControllerImageBlock& block : image.blocks) {
-        const bool system = block.type == SystemBlock;
-        const ListingFields entry{{"type", typeText(block.type)},
-                                  {"minVersion", versionText(block.minVer)},
-                                  {"maxVersion", versionText(block.maxVer)}};
-        const ListingFields content =
-            system ? contentFields(block, PayloadComponent::ControllerFirmware, image.newCt)
-                   : contentFields(block, PayloadComponent::TrackingSoftware, image.newPt);
-        m_listing.parts.append(entry + content);
-    }
+    if (!content.isComplete)
+        return "incomplete";
+    if (!content.isPayload)
+        return "unknown";
+    return content.payload ? payloadName(*content.payload) : QString("damaged");
 }
 
-void Lister::listCamera(const CameraUpdateFile& file)
+QString modelText(quint16 model)
+{
+    return QStringLiteral("0x%1").arg(model, 4, 16, QLatin1Char('0'));
+}
+
+QJsonArray modelsOf(const CameraUpdateFile& file)
 {
     QJsonArray models;
     for (const quint16 model : file.models)
-        models.append(QStringLiteral("0x%1").arg(model, 4, 16, QLatin1Char('0')));
-    m_listing.head = {{"kind", "camera"},
-                      {"newVersion", versionText(file.newVer)},
-                      {"minVersion", versionText(file.minVer)},
-                      {"models", models}};
-    m_listing.partsName = "images";
-    for (const CameraImage& image : file.images)
-        m_listing.parts.append(contentFields(image, PayloadComponent::CameraFirmware, file.newVer));
+        models.append(modelText(model));
+    return models;
 }
 
-ListingFields Lister::contentFields(const RecordBlock& block, PayloadComponent component,
-                                    const VersionInfo& version)
+ListingFields headOf(const ControllerImage& image)
 {
-    return {{"text", QString::fromLatin1(block.text)},
-            {"offset", qint64(block.offset.value_or(0))},
+    const bool dated = image.layout == ImageLayout::Dated;
+    ListingFields head{{"kind", "controller"},
+                       {"layout", dated ? "dated" : "plain"},
+                       {"modelFamily", image.modelFamily == 0 ? "ZAN" : "BRIARSCOPE3"},
+                       {"release", releaseText(image)}};
+    if (dated) {
+        head.append({"releaseDate", dateText(image.releaseDate)});
+        head.append({"minorReleaseDate", dateText(image.minorReleaseDate)});
+    }
+    return head + ListingFields{{"newPt", versionText(image.newPt)},
+                                {"newCt", versionText(image.newCt)},
+                                {"minPt", versionText(image.minPt)},
+                                {"minCt", versionText(image.minCt)}};
+}
+
+ListingFields headOf(const CameraUpdateFile& file)
+{
+    return {{"kind", "camera"},
+            {"newVersion", versionText(file.newVer)},
+            {"minVersion", versionText(file.minVer)},
+            {"models", modelsOf(file)}};
+}
+
+ListingFields rangeOf(const ControllerImageBlock& block)
+{
+    return {{"type", typeText(block.type)},
+            {"minVersion", versionText(block.minVer)},
+            {"maxVersion", versionText(block.maxVer)}};
+}
+
+ListingFields rangeOf(const CameraImage& /*image*/)
+{
+    return {};
+}
+
+ListingFields contentFields(const RecordBlock& block, const ScannedContent& content)
+{
+    return {{"offset", qint64(block.offset.value_or(0))},
             {"length", qint64(block.length.value_or(0))},
             {"records", qint64(block.recordCount.value_or(0))},
-            {"longestRecord", longestRecord(block.records)},
-            {"payload", payloadText(block, component, version)}};
+            {"longestRecord", content.totals.longest},
+            {"payload", payloadText(content)}};
 }
 
-QString Lister::payloadText(const RecordBlock& block, PayloadComponent component,
-                            const VersionInfo& version)
+template <typename Block>
+void listParts(const QVector<Block>& blocks, const ScannedFile& scanned, UpdateFileListing* listing)
 {
-    // Whatever stopped the reader within the records has been noted by it.
-    if (block.records.isEmpty() || quint32(block.records.size()) != block.recordCount)
-        return "incomplete";
-    const QByteArray payload = joinRecords(block.records);
-    if (!isPayload(payload))
-        return "unknown";
-    QString error;
-    const auto head = readPayload(payload, &error);
-    if (!head) {
-        noteProblem(error);
-        return "damaged";
-    }
-    QString text =
-        componentText(head->component) + " " + versionText(head->version) + head->appendix;
-    if (head->component != component || head->version != version)
-        noteProblem(QStringLiteral("payload is for %1 instead of %2 %3")
-                        .arg(text, componentText(component), versionText(version)));
-    return text;
+    for (int index = 0; index < blocks.size(); ++index)
+        listing->parts.append(rangeOf(blocks[index]) +
+                              ListingFields{{"text", QString::fromLatin1(blocks[index].text)}} +
+                              contentFields(blocks[index], scanned.contents.value(index)));
 }
 
-void Lister::noteProblem(const QString& problem)
+/// What the payload of a block has to be.
+struct WantedPayload
 {
-    m_listing.problems.append(QStringLiteral("%1[%2]: %3")
-                                  .arg(m_listing.partsName)
-                                  .arg(m_listing.parts.size())
-                                  .arg(problem));
-}
+    PayloadComponent component;
+    VersionInfo version;
+    std::optional<QString> appendix; ///< nullopt: the file does not say
+};
 
-QString valueText(const QJsonValue& value)
+std::optional<RuleFinding> payloadFinding(const ScannedContent& content,
+                                          const WantedPayload& wanted, const QString& field)
 {
-    return value.isArray() ? value.toVariant().toStringList().join(", ")
-                           : value.toVariant().toString();
+    if (!content.isPayload)
+        return std::nullopt;
+    if (!content.payload)
+        return RuleFinding{Rule::PayloadDamaged, field,
+                           QStringLiteral("damaged: ") + content.payloadDamage,
+                           QStringLiteral("a payload as it was made"), content.start};
+    const PayloadHead& head = *content.payload;
+    if (head.component == wanted.component && head.version == wanted.version &&
+        head.appendix == wanted.appendix.value_or(head.appendix))
+        return std::nullopt;
+    return RuleFinding{
+        Rule::PayloadVersion, field, payloadName(head),
+        payloadName({wanted.component, wanted.version, wanted.appendix.value_or("")}),
+        content.start};
 }
 
 QString fieldsText(const ListingFields& fields, const QString& indent)
@@ -180,8 +141,12 @@ QString fieldsText(const ListingFields& fields, const QString& indent)
     constexpr int nameWidth = 18;
     QString text;
     for (const auto& field : fields) {
+        const QJsonValue& value = field.second;
         const QString name = indent + field.first;
-        text += name.leftJustified(nameWidth) + valueText(field.second) + '\n';
+        text += name.leftJustified(nameWidth) +
+                (value.isArray() ? value.toVariant().toStringList().join(", ")
+                                 : value.toVariant().toString()) +
+                '\n';
     }
     return text;
 }
@@ -194,11 +159,140 @@ QJsonObject fieldsJson(const ListingFields& fields)
     return object;
 }
 
+QJsonObject reservedWords(const std::array<quint16, 4>& words)
+{
+    QJsonObject overrides;
+    for (int index = 0; index < 4; ++index) {
+        if (words[index] != 0)
+            overrides.insert(QStringLiteral("reserved%1").arg(index + 1), words[index]);
+    }
+    return overrides;
+}
+
+void insertOverrides(QJsonObject* object, const QJsonObject& overrides)
+{
+    if (!overrides.isEmpty())
+        object->insert("override", overrides);
+}
+
+/// Describes one block or camera image.
+QJsonObject contentJson(const RecordBlock& block, const ScannedContent& content,
+                        QJsonObject overrides, const QJsonObject& recordsOf)
+{
+    QJsonObject object{{"recordsOf", recordsOf},
+                       {"shown", fieldsJson(contentFields(block, content))}};
+    if (!block.text.isEmpty())
+        object.insert("text", QString::fromLatin1(block.text));
+    if (content.isComplete && *block.maxRecordLength != content.totals.longest)
+        overrides.insert("maxRecordLength", *block.maxRecordLength);
+    insertOverrides(&object, overrides);
+    return object;
+}
+
+QJsonObject blockJson(const ControllerImageBlock& block, const ScannedContent& content,
+                      const QJsonObject& recordsOf)
+{
+    QJsonObject overrides;
+    if (block.type != FirmwareBlock && block.type != SystemBlock)
+        overrides.insert("type", block.type);
+    QJsonObject object = contentJson(block, content, overrides, recordsOf);
+    object.insert("type", typeText(block.type == FirmwareBlock ? FirmwareBlock : SystemBlock));
+    object.insert("minVersion", versionText(block.minVer));
+    object.insert("maxVersion", versionText(block.maxVer));
+    return object;
+}
+
+QJsonObject imageJson(const CameraImage& image, const CameraUpdateFile& file,
+                      const ScannedContent& content, const QJsonObject& recordsOf)
+{
+    QJsonObject object = contentJson(image, content, {}, recordsOf);
+    if (image.newVer != file.newVer)
+        object.insert("newVersion", versionText(*image.newVer));
+    if (image.minVer != file.minVer)
+        object.insert("minVersion", versionText(*image.minVer));
+    return object;
+}
+
+QJsonObject fileJson(const ControllerImage& image, const ScannedFile& scanned,
+                     const QString& fileName)
+{
+    QJsonObject object = fieldsJson(headOf(image));
+    QJsonArray blocks;
+    for (const ControllerImageBlock& block : image.blocks)
+        blocks.append(blockJson(block, scanned.contents.value(blocks.size()),
+                                {{"file", fileName}, {"block", blocks.size()}}));
+    object.insert("blocks", blocks);
+    insertOverrides(&object, reservedWords(image.reserved));
+    return object;
+}
+
+QJsonObject fileJson(const CameraUpdateFile& file, const ScannedFile& scanned,
+                     const QString& fileName)
+{
+    QJsonObject object = fieldsJson(headOf(file));
+    QJsonArray images;
+    for (const CameraImage& image : file.images)
+        images.append(imageJson(image, file, scanned.contents.value(images.size()),
+                                {{"file", fileName}, {"block", images.size()}}));
+    object.insert("images", images);
+    insertOverrides(&object, reservedWords(file.reserved));
+    return object;
+}
+
 } // namespace
+
+QVector<RuleFinding> payloadFindings(const ScannedFile& scanned)
+{
+    QVector<RuleFinding> findings;
+    const auto look = [&](int index, const char* parts, const WantedPayload& wanted) {
+        const QString field = QStringLiteral("%1[%2].payload").arg(QLatin1String(parts)).arg(index);
+        if (const auto finding = payloadFinding(scanned.contents.value(index), wanted, field))
+            findings.append(*finding);
+    };
+    if (const auto* image = scanned.file ? std::get_if<ControllerImage>(&*scanned.file) : nullptr) {
+        std::optional<QString> appendix;
+        if (image->layout == ImageLayout::Dated)
+            appendix = preReleaseText(image->preReleaseType, image->preReleaseNumber);
+        for (int index = 0; index < image->blocks.size(); ++index) {
+            if (image->blocks[index].type == SystemBlock)
+                look(index, "blocks",
+                     {PayloadComponent::ControllerFirmware, image->newCt, QString()});
+            else
+                look(index, "blocks", {PayloadComponent::TrackingSoftware, image->newPt, appendix});
+        }
+    } else if (scanned.file) {
+        const auto& file = std::get<CameraUpdateFile>(*scanned.file);
+        for (int index = 0; index < file.images.size(); ++index)
+            look(index, "images", {PayloadComponent::CameraFirmware, file.newVer, std::nullopt});
+    }
+    return findings;
+}
+
+UpdateFileListing listUpdateFile(const ScannedFile& scanned)
+{
+    UpdateFileListing listing;
+    listing.findings = scanned.findings + payloadFindings(scanned);
+    if (!scanned.file)
+        return listing;
+    if (const auto* image = std::get_if<ControllerImage>(&*scanned.file)) {
+        listing.head = headOf(*image);
+        listing.partsName = "blocks";
+        listParts(image->blocks, scanned, &listing);
+    } else {
+        const auto& file = std::get<CameraUpdateFile>(*scanned.file);
+        listing.head = headOf(file);
+        listing.partsName = "images";
+        listParts(file.images, scanned, &listing);
+    }
+    return listing;
+}
 
 UpdateFileListing listUpdateFile(const QByteArray& bytes)
 {
-    return Lister().list(bytes);
+    QBuffer device;
+    device.setData(bytes);
+    device.open(QIODevice::ReadOnly);
+    return listUpdateFile(scanUpdateFile(device));
 }
 
 QString listingText(const UpdateFileListing& listing)
@@ -212,14 +306,15 @@ QString listingText(const UpdateFileListing& listing)
     return text;
 }
 
-QJsonObject listingJson(const UpdateFileListing& listing)
+QJsonObject listingJson(const ScannedFile& scanned, const QString& fileName)
 {
-    QJsonObject object = fieldsJson(listing.head);
-    QJsonArray parts;
-    for (const ListingFields& part : listing.parts)
-        parts.append(fieldsJson(part));
-    if (!listing.partsName.isEmpty())
-        object.insert(listing.partsName, parts);
-    object.insert("problems", QJsonArray::fromStringList(listing.problems));
+    QJsonObject object;
+    if (scanned.file)
+        object = std::visit([&](const auto& file) { return fileJson(file, scanned, fileName); },
+                            *scanned.file);
+    QJsonArray problems;
+    for (const RuleFinding& finding : listUpdateFile(scanned).findings)
+        problems.append(findingText(finding));
+    object.insert("shown", QJsonObject{{"file", fileName}, {"problems", problems}});
     return object;
 }

@@ -1,113 +1,219 @@
 #include "imagewriter.h"
 
-#include "imageformat.h"
+#include "fieldoffsets.h"
 
+#include <QBuffer>
 #include <QtEndian>
 
 #include <algorithm>
-#include <initializer_list>
+#include <utility>
 
 namespace {
 
-void appendWord(QByteArray* bytes, int value)
-{
-    char field[2];
-    qToLittleEndian(static_cast<quint16>(value), field);
-    bytes->append(field, sizeof field);
-}
+constexpr int bufferBytes = 256 * 1024;
 
-void appendWords(QByteArray* bytes, std::initializer_list<int> values)
+/// Appends fields to bytes; what is computed must have been filled in before.
+class FieldWriter
 {
-    for (const int value : values)
-        appendWord(bytes, value);
-}
-
-void appendLong(QByteArray* bytes, quint32 value)
-{
-    char field[4];
-    qToLittleEndian(value, field);
-    bytes->append(field, sizeof field);
-}
-
-void appendVersion(QByteArray* bytes, const VersionInfo& version, int parts)
-{
-    appendWords(bytes, {version.ma, version.mi});
-    if (parts == 3)
-        appendWord(bytes, version.pa);
-}
-
-void appendDate(QByteArray* bytes, const ImageDate& date)
-{
-    appendWords(bytes, {date.year, date.month, date.day});
-}
-
-QByteArray recordBlockBytes(const RecordBlock& block, quint16 magic)
-{
+public:
     QByteArray bytes;
-    appendWord(&bytes, block.magic.value_or(magic));
-    appendWord(&bytes, block.textLength.value_or(static_cast<quint16>(block.text.size())));
-    bytes.append(block.text);
-    appendLong(&bytes, block.recordCount.value_or(static_cast<quint32>(block.records.size())));
-    appendWord(&bytes,
-               block.maxRecordLength.value_or(static_cast<quint16>(longestRecord(block.records))));
-    for (const ImageRecord& record : block.records) {
-        appendWord(&bytes,
-                   record.announcedLength.value_or(static_cast<quint16>(record.data.size())));
-        bytes.append(record.data);
+
+    void word(const char* /*name*/, int value)
+    {
+        char field[2];
+        qToLittleEndian(static_cast<quint16>(value), field);
+        bytes.append(field, sizeof field);
     }
-    return bytes;
-}
-
-// Where the block lies: the last two fields of its entry in either table.
-void appendExtent(QByteArray* table, const RecordBlock& block, int offset, int length)
-{
-    appendLong(table, block.offset.value_or(static_cast<quint32>(offset)));
-    appendLong(table, block.length.value_or(static_cast<quint32>(length)));
-}
-
-QByteArray controllerHeader(const ControllerImage& image)
-{
-    QByteArray header;
-    appendWord(&header,
-               image.magic.value_or(imageformat::controllerMagic(image.layout, image.modelFamily)));
-    appendWord(&header, image.reserved[0]);
-    appendVersion(&header, image.release, 3);
-    if (image.layout == ImageLayout::Dated) {
-        appendWords(&header, {image.preReleaseType, image.preReleaseNumber});
-        appendDate(&header, image.releaseDate);
-        appendDate(&header, image.minorReleaseDate);
+    void word(const char* name, std::optional<quint16> value) { word(name, value.value_or(0)); }
+    void longWord(const char* /*name*/, std::optional<quint32> value)
+    {
+        char field[4];
+        qToLittleEndian(value.value_or(0), field);
+        bytes.append(field, sizeof field);
     }
-    appendWord(&header, image.reserved[1]);
-    appendVersion(&header, image.newPt, 3);
-    appendVersion(&header, image.newCt, 2);
-    appendWord(&header, image.reserved[2]);
-    appendVersion(&header, image.minPt, 3);
-    appendVersion(&header, image.minCt, 2);
-    appendWord(&header, image.reserved[3]);
-    appendWord(&header, image.blockCount.value_or(static_cast<quint16>(image.blocks.size())));
-    return header;
+    void version(const char* name, const VersionInfo& version, int parts)
+    {
+        word(name, version.ma);
+        word(name, version.mi);
+        if (parts == 3)
+            word(name, version.pa);
+    }
+    void version(const char* name, const std::optional<VersionInfo>& value, int parts)
+    {
+        version(name, value.value_or(VersionInfo()), parts);
+    }
+    void date(const char* name, const ImageDate& date)
+    {
+        for (const int number : {date.year, date.month, date.day})
+            word(name, number);
+    }
+    void models(const char* name, const QVector<quint16>& models, std::optional<quint16> /*count*/)
+    {
+        for (const quint16 model : models)
+            word(name, model);
+    }
+    void text(const char* /*name*/, const QByteArray& text, std::optional<quint16> /*length*/)
+    {
+        bytes.append(text);
+    }
+};
+
+template <typename Integer, typename Value>
+void fill(std::optional<Integer>* field, Value value)
+{
+    if (!*field)
+        *field = static_cast<Integer>(value);
 }
 
-int blockEntryBytes(const ControllerImageBlock& block)
+/// Writes one file, whose blocks are filled in with what is computed.
+class FileWriter
 {
-    return 2 + 2 * 2 * imageformat::versionParts(block.type) + 2 * 4;
+public:
+    FileWriter(QIODevice& device, const WriteProgress& progress)
+        : m_device(device), m_progress(progress)
+    {
+        m_fields.bytes.reserve(bufferBytes + maxRecordBytes + 2);
+    }
+
+    void write(ControllerImage image);
+    void write(CameraUpdateFile file);
+    QString error() const { return m_error; }
+
+private:
+    template <typename Block>
+    qint64 place(QVector<Block>& blocks, qint64 start, quint16 magic);
+    template <typename Block>
+    void writeRecords(const QVector<Block>& blocks);
+    void writeRecordsOf(const RecordBlock& block);
+
+    /// Collects records to be written in large pieces.
+    class Sink : public RecordSink
+    {
+    public:
+        explicit Sink(FileWriter& writer) : m_writer(writer) {}
+        bool take(const char* data, int size) override
+        {
+            return m_writer.append(data, size, static_cast<quint16>(size));
+        }
+
+    private:
+        FileWriter& m_writer;
+    };
+
+    bool append(const char* data, int size, quint16 announced);
+    bool flush();
+
+    QIODevice& m_device;
+    const WriteProgress& m_progress;
+    FieldWriter m_fields;
+    qint64 m_done = 0;
+    qint64 m_total = 0;
+    QString m_error;
+};
+
+void FileWriter::write(ControllerImage image)
+{
+    fill(&image.magic, imageformat::controllerMagic(image.layout, image.modelFamily));
+    fill(&image.blockCount, image.blocks.size());
+    imageformat::visitControllerHead(m_fields, image);
+    qint64 start = m_fields.bytes.size();
+    for (const ControllerImageBlock& block : image.blocks)
+        start += entryFields(block).size();
+    m_total = place(image.blocks, start, imageformat::controllerBlockMagic(image.modelFamily));
+    for (ControllerImageBlock& block : image.blocks)
+        imageformat::visitBlockEntry(m_fields, block);
+    writeRecords(image.blocks);
 }
 
-QByteArray cameraHeader(const CameraUpdateFile& file)
+void FileWriter::write(CameraUpdateFile file)
 {
-    QByteArray header;
-    appendWord(&header, file.magic.value_or(imageformat::cameraFileMagic));
-    appendWord(&header, file.reserved[0]);
-    appendVersion(&header, file.newVer, 3);
-    appendWord(&header, file.reserved[1]);
-    appendVersion(&header, file.minVer, 3);
-    appendWord(&header, file.reserved[2]);
-    appendWord(&header, file.modelCount.value_or(static_cast<quint16>(file.models.size())));
-    for (const quint16 model : file.models)
-        appendWord(&header, model);
-    appendWord(&header, file.reserved[3]);
-    appendWord(&header, file.imageCount.value_or(static_cast<quint16>(file.images.size())));
-    return header;
+    fill(&file.magic, imageformat::cameraFileMagic);
+    fill(&file.modelCount, file.models.size());
+    fill(&file.imageCount, file.images.size());
+    imageformat::visitCameraHead(m_fields, file);
+    qint64 start = m_fields.bytes.size();
+    for (CameraImage& image : file.images) {
+        image.newVer = image.newVer.value_or(file.newVer);
+        image.minVer = image.minVer.value_or(file.minVer);
+        start += entryFields(image).size();
+    }
+    m_total = place(file.images, start, imageformat::cameraImageMagic);
+    for (CameraImage& image : file.images)
+        imageformat::visitImageEntry(m_fields, image);
+    writeRecords(file.images);
+}
+
+// Fills in what is computed of the blocks, which lie one after the other. Returns their end.
+template <typename Block>
+qint64 FileWriter::place(QVector<Block>& blocks, qint64 start, quint16 magic)
+{
+    for (Block& block : blocks) {
+        const RecordTotals totals = recordTotals(block);
+        fill(&block.magic, magic);
+        fill(&block.textLength, block.text.size());
+        fill(&block.recordCount, totals.count);
+        fill(&block.maxRecordLength, totals.longest);
+        const qint64 length = blockFields(block).size() + 2 * totals.count + totals.bytes;
+        fill(&block.offset, start);
+        fill(&block.length, length);
+        start += length;
+    }
+    return start;
+}
+
+template <typename Block>
+void FileWriter::writeRecords(const QVector<Block>& blocks)
+{
+    for (Block block : blocks) {
+        imageformat::visitBlockHead(m_fields, block);
+        writeRecordsOf(block);
+        if (!m_error.isEmpty())
+            return;
+    }
+    flush();
+}
+
+void FileWriter::writeRecordsOf(const RecordBlock& block)
+{
+    if (block.source) {
+        Sink sink(*this);
+        QString error;
+        if (!block.source->feed(sink, &error) && m_error.isEmpty())
+            m_error = error;
+        return;
+    }
+    for (const ImageRecord& record : block.records)
+        append(record.data.constData(), record.data.size(),
+               record.announcedLength.value_or(static_cast<quint16>(record.data.size())));
+}
+
+bool FileWriter::append(const char* data, int size, quint16 announced)
+{
+    m_fields.word("", announced);
+    m_fields.bytes.append(data, size);
+    return m_fields.bytes.size() < bufferBytes || flush();
+}
+
+bool FileWriter::flush()
+{
+    if (m_error.isEmpty() && m_device.write(m_fields.bytes) != m_fields.bytes.size())
+        m_error = m_device.errorString();
+    m_done += m_fields.bytes.size();
+    m_fields.bytes.resize(0);
+    if (m_progress)
+        m_progress(m_done, m_total);
+    return m_error.isEmpty();
+}
+
+QByteArray bytesOf(const UpdateFile& file)
+{
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    QString error;
+    const bool isWritten = writeUpdateFile(file, buffer, {}, &error);
+    Q_ASSERT_X(isWritten, "updateFileBytes", qPrintable(error));
+    Q_UNUSED(isWritten);
+    return buffer.data();
 }
 
 } // namespace
@@ -129,54 +235,39 @@ QByteArray joinRecords(const QVector<ImageRecord>& records)
     return payload;
 }
 
-int longestRecord(const QVector<ImageRecord>& records)
+RecordTotals recordTotals(const RecordBlock& block)
 {
-    int longest = 0;
-    for (const ImageRecord& record : records)
-        longest = std::max(longest, record.data.size());
-    return longest;
+    if (block.source)
+        return block.source->totals();
+    RecordTotals totals;
+    totals.count = block.records.size();
+    for (const ImageRecord& record : block.records) {
+        totals.bytes += record.data.size();
+        totals.longest = std::max(totals.longest, record.data.size());
+    }
+    return totals;
+}
+
+bool writeUpdateFile(const UpdateFile& file, QIODevice& device, const WriteProgress& progress,
+                     QString* error)
+{
+    FileWriter writer(device, progress);
+    std::visit([&](const auto& content) { writer.write(content); }, file);
+    *error = writer.error();
+    return error->isEmpty();
 }
 
 QByteArray controllerImageBytes(const ControllerImage& image)
 {
-    QByteArray bytes = controllerHeader(image);
-    int blocksStart = bytes.size();
-    for (const ControllerImageBlock& block : image.blocks)
-        blocksStart += blockEntryBytes(block);
-
-    QByteArray blocks;
-    for (const ControllerImageBlock& block : image.blocks) {
-        const QByteArray body =
-            recordBlockBytes(block, imageformat::controllerBlockMagic(image.modelFamily));
-        const int parts = imageformat::versionParts(block.type);
-        appendWord(&bytes, block.type);
-        appendVersion(&bytes, block.minVer, parts);
-        appendVersion(&bytes, block.maxVer, parts);
-        appendExtent(&bytes, block, blocksStart + blocks.size(), body.size());
-        blocks.append(body);
-    }
-    return bytes + blocks;
+    return bytesOf(image);
 }
 
 QByteArray cameraUpdateBytes(const CameraUpdateFile& file)
 {
-    QByteArray bytes = cameraHeader(file);
-    const int imagesStart = bytes.size() + file.images.size() * imageformat::cameraImageEntryBytes;
-
-    QByteArray images;
-    for (const CameraImage& image : file.images) {
-        const QByteArray body = recordBlockBytes(image, imageformat::cameraImageMagic);
-        appendVersion(&bytes, image.newVer.value_or(file.newVer), 3);
-        appendVersion(&bytes, image.minVer.value_or(file.minVer), 3);
-        appendExtent(&bytes, image, imagesStart + images.size(), body.size());
-        images.append(body);
-    }
-    return bytes + images;
+    return bytesOf(file);
 }
 
 QByteArray updateFileBytes(const UpdateFile& file)
 {
-    if (const auto* image = std::get_if<ControllerImage>(&file))
-        return controllerImageBytes(*image);
-    return cameraUpdateBytes(std::get<CameraUpdateFile>(file));
+    return bytesOf(file);
 }

@@ -6,6 +6,27 @@
 /// @file
 /// Update files in which no two fields hold the same number, so that swapped fields show.
 
+/// All records of a block, from wherever they come.
+inline QVector<ImageRecord> allRecords(const RecordBlock& block)
+{
+    struct Keeper : RecordSink
+    {
+        QVector<ImageRecord> records;
+        bool take(const char* data, int size) override
+        {
+            records.append(QByteArray(data, size));
+            return true;
+        }
+    };
+    if (!block.source)
+        return block.records;
+    Keeper keeper;
+    QString error;
+    if (!block.source->feed(keeper, &error))
+        qFatal("%s", qPrintable(error));
+    return keeper.records;
+}
+
 /// A block of two records: 01 02 03 and FF, 21 bytes long.
 inline RecordBlock sampleRecords()
 {

@@ -1,28 +1,33 @@
 #include "imagelisting.h"
 #include "imagereader.h"
 
+#include <deliverychecks.h>
+#include <filechecks.h>
 #include <testmain.h>
 
 #include <QDir>
 
 Q_DECLARE_METATYPE(VersionInfo)
 
-class DemoImagesTest : public QObject
+class TestDemoImages : public QObject
 {
     Q_OBJECT
 
 private slots:
     void filesAreExactlyThese();
     void everyFileIsSound();
+    void rulesAreBrokenOnPurposeOnly();
     void chainsLeadToTheNewestRelease_data();
     void chainsLeadToTheNewestRelease();
     void controllerImagesHaveRealisticSizes();
     void plainNameSaysFinal();
 };
 
-static const QDir updateDir(QStringLiteral(UPDATE_DIR));
+namespace {
 
-static QByteArray bytesOf(const QString& name)
+const QDir updateDir(QStringLiteral(UPDATE_DIR));
+
+QByteArray bytesOf(const QString& name)
 {
     QFile file(updateDir.filePath(name));
     if (!file.open(QIODevice::ReadOnly))
@@ -31,7 +36,7 @@ static QByteArray bytesOf(const QString& name)
 }
 
 // The names are such that their order is that of the releases.
-static QVector<ControllerImage> controllerImages()
+QVector<ControllerImage> controllerImages()
 {
     QVector<ControllerImage> images;
     for (const QString& name : updateDir.entryList({"*.vx3img"}, QDir::Files, QDir::Name))
@@ -39,7 +44,9 @@ static QVector<ControllerImage> controllerImages()
     return images;
 }
 
-void DemoImagesTest::filesAreExactlyThese()
+} // namespace
+
+void TestDemoImages::filesAreExactlyThese()
 {
     QCOMPARE(updateDir.entryList(QDir::Files, QDir::Name),
              (QStringList{"camera_0x0901_v1.4.0.VX2znimg", "camera_0x0a01_v1.1.0.VX2znimg",
@@ -48,16 +55,44 @@ void DemoImagesTest::filesAreExactlyThese()
                           "controller_v3.2.0-beta.2.vx3img", "controller_v3.3.0.vx3img"}));
 }
 
-void DemoImagesTest::everyFileIsSound()
+void TestDemoImages::everyFileIsSound()
 {
     for (const QString& name : updateDir.entryList(QDir::Files)) {
         const UpdateFileListing listing = listUpdateFile(bytesOf(name));
-        QVERIFY2(listing.problems.isEmpty(), qPrintable(listing.problems.join('\n')));
+        QVERIFY2(listing.findings.isEmpty(), qPrintable(name));
         QVERIFY2(!listingText(listing).contains("unknown"), qPrintable(name));
     }
 }
 
-void DemoImagesTest::chainsLeadToTheNewestRelease_data()
+void TestDemoImages::rulesAreBrokenOnPurposeOnly()
+{
+    QVector<DeliveredFile> files;
+    QVector<RuleFinding> findings = checkFolders(updateDir.path());
+    for (const QString& name : updateDir.entryList(QDir::Files, QDir::Name)) {
+        QFile file(updateDir.filePath(name));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        files.append({name, scanUpdateFile(file)});
+        for (RuleFinding finding : checkUpdateFile(files.last().scanned, name)) {
+            finding.file = name;
+            findings += finding;
+        }
+    }
+    findings += checkDelivery(files);
+    QStringList lines;
+    for (const RuleFinding& finding : findings)
+        lines += findingLine(finding);
+    const QStringList expected{
+        // There were no pre-releases of 3.1.0.
+        "controller_v3.1.0.vx3img: warning: blocks[0].maxVersion (offset 46) is 3.0.65535, "
+        "expected "
+        "at least newPt 3.1.0, if there were pre-releases [own-pre-releases]",
+        // The demo shows what two files for one model do.
+        "camera_0x0a01_v1.2.0.VX2znimg: warning: models[0] (offset 22) is 0x0a01, expected a model "
+        "that camera_0x0a01_v1.1.0.VX2znimg is not for [camera-file-twice]"};
+    QCOMPARE(lines, expected);
+}
+
+void TestDemoImages::chainsLeadToTheNewestRelease_data()
 {
     QTest::addColumn<VersionInfo>("pt");
     QTest::addColumn<VersionInfo>("ct");
@@ -78,7 +113,7 @@ void DemoImagesTest::chainsLeadToTheNewestRelease_data()
                                 << QVector<int>{0, 0, 0};
 }
 
-void DemoImagesTest::chainsLeadToTheNewestRelease()
+void TestDemoImages::chainsLeadToTheNewestRelease()
 {
     QFETCH(VersionInfo, pt);
     QFETCH(VersionInfo, ct);
@@ -106,7 +141,7 @@ void DemoImagesTest::chainsLeadToTheNewestRelease()
     QVERIFY(ct == VersionInfo(1, 4));
 }
 
-void DemoImagesTest::controllerImagesHaveRealisticSizes()
+void TestDemoImages::controllerImagesHaveRealisticSizes()
 {
     for (const ControllerImage& image : controllerImages()) {
         QCOMPARE(image.blocks[0].records.size(), 40000);
@@ -116,7 +151,7 @@ void DemoImagesTest::controllerImagesHaveRealisticSizes()
 }
 
 // In the plain layout readers take the pre-release from the file's name.
-void DemoImagesTest::plainNameSaysFinal()
+void TestDemoImages::plainNameSaysFinal()
 {
     const ControllerImage oldest = controllerImages().first();
     QVERIFY(oldest.layout == ImageLayout::Plain);
@@ -124,5 +159,5 @@ void DemoImagesTest::plainNameSaysFinal()
     QVERIFY(controllerImages()[1].layout == ImageLayout::Dated);
 }
 
-ZAN_TEST_MAIN(DemoImagesTest)
+ZAN_TEST_MAIN(TestDemoImages)
 #include "tst_demoimages.moc"

@@ -1,10 +1,10 @@
 #include "imagedescription.h"
-#include "imagewriter.h"
-#include "payload.h"
+#include "sampleimages.h"
 
+#include <reasons.h>
 #include <testmain.h>
 
-class ImageDescriptionTest : public QObject
+class TestImageDescription : public QObject
 {
     Q_OBJECT
 
@@ -22,7 +22,9 @@ private slots:
     void namesTheError();
 };
 
-static const char controllerJson[] = R"({
+namespace {
+
+const char controllerJson[] = R"({
     "kind": "controller",
     "layout": "dated",
     "modelFamily": "BRIARSCOPE3",
@@ -41,7 +43,7 @@ static const char controllerJson[] = R"({
     ]
 })";
 
-static const char cameraJson[] = R"({
+const char cameraJson[] = R"({
     "kind": "camera",
     "newVersion": "1.4.0",
     "minVersion": "1.0.7",
@@ -52,13 +54,13 @@ static const char cameraJson[] = R"({
     ]
 })";
 
-static std::optional<UpdateFile> read(const QByteArray& json, QString* error)
+std::optional<UpdateFile> read(const QByteArray& json, QString* error)
 {
-    return readImageDescription(json, QStringLiteral("f.json"), error);
+    return readImageDescription(json, QStringLiteral("f.json"), nullptr, error);
 }
 
 template <typename File>
-static File readSound(const QByteArray& json)
+File readSound(const QByteArray& json)
 {
     QString error;
     const auto file = read(json, &error);
@@ -67,12 +69,14 @@ static File readSound(const QByteArray& json)
     return std::get<File>(*file);
 }
 
-static QByteArray changed(const char* json, const char* from, const char* to)
+QByteArray changed(const char* json, const char* from, const char* to)
 {
     return QByteArray(json).replace(from, to);
 }
 
-void ImageDescriptionTest::readsEveryKeyOfAController()
+} // namespace
+
+void TestImageDescription::readsEveryKeyOfAController()
 {
     const auto image = readSound<ControllerImage>(controllerJson);
     QVERIFY(image.layout == ImageLayout::Dated);
@@ -103,11 +107,12 @@ void ImageDescriptionTest::readsEveryKeyOfAController()
     QCOMPARE(system.type, quint16(SystemBlock));
     QVERIFY(system.maxVer == VersionInfo(1, 2));
     QCOMPARE(system.text, QByteArray());
-    QCOMPARE(system.records.size(), 3);
-    QCOMPARE(system.records[2].data.size(), 40);
+    const QVector<ImageRecord> records = allRecords(system);
+    QCOMPARE(records.size(), 3);
+    QCOMPARE(records[2].data.size(), 40);
 }
 
-void ImageDescriptionTest::readsEveryKeyOfACamera()
+void TestImageDescription::readsEveryKeyOfACamera()
 {
     const auto file = readSound<CameraUpdateFile>(cameraJson);
     QVERIFY(file.newVer == VersionInfo(1, 4, 0));
@@ -115,23 +120,24 @@ void ImageDescriptionTest::readsEveryKeyOfACamera()
     QCOMPARE(file.models, (QVector<quint16>{0x0901, 0x0C01}));
     QCOMPARE(file.images.size(), 2);
     QCOMPARE(file.images[0].text, QByteArray("first"));
-    QCOMPARE(joinRecords(file.images[0].records), QByteArray("\xAA"));
-    QCOMPARE(file.images[1].records.size(), 1);
-    QCOMPARE(file.images[1].records[0].data.size(), maxRecordBytes);
+    QCOMPARE(joinRecords(allRecords(file.images[0])), QByteArray("\xAA"));
+    const QVector<ImageRecord> records = allRecords(file.images[1]);
+    QCOMPARE(records.size(), 1);
+    QCOMPARE(records[0].data.size(), maxRecordBytes);
 }
 
-void ImageDescriptionTest::generatesThePayloads()
+void TestImageDescription::generatesThePayloads()
 {
     const auto image = readSound<ControllerImage>(controllerJson);
     const PayloadHead ctHead{PayloadComponent::ControllerFirmware, VersionInfo(1, 3), QString()};
-    QCOMPARE(joinRecords(image.blocks[1].records), makePayload(ctHead, 3 * 40 - 36, 5));
+    QCOMPARE(joinRecords(allRecords(image.blocks[1])), makePayload(ctHead, 3 * 40 - 36, 5));
 
     const auto file = readSound<CameraUpdateFile>(cameraJson);
     const PayloadHead cameraHead{PayloadComponent::CameraFirmware, VersionInfo(1, 4, 0), QString()};
-    QCOMPARE(joinRecords(file.images[1].records), makePayload(cameraHead, 120 - 36, 1));
+    QCOMPARE(joinRecords(allRecords(file.images[1])), makePayload(cameraHead, 120 - 36, 1));
 }
 
-void ImageDescriptionTest::plainLayoutHasNoDates()
+void TestImageDescription::plainLayoutHasNoDates()
 {
     QByteArray json = changed(controllerJson, "\"dated\"", "\"plain\"");
     json.replace("\"releaseDate\": \"2025-03-14\",", "");
@@ -144,21 +150,21 @@ void ImageDescriptionTest::plainLayoutHasNoDates()
     QCOMPARE(controllerImageBytes(image).left(2), QByteArray("\x08\xD2"));
 }
 
-void ImageDescriptionTest::appendixGoesToPtOnly()
+void TestImageDescription::appendixGoesToPtOnly()
 {
     const auto image = readSound<ControllerImage>(changed(controllerJson,
                                                           "\"records\": [\"010203\", \"ff\", \"\"]",
                                                           "\"payload\": {\"records\": 2}"));
-    const auto pt = readPayload(joinRecords(image.blocks[0].records), nullptr);
+    const auto pt = readPayload(joinRecords(allRecords(image.blocks[0])), nullptr);
     QVERIFY(pt.has_value());
     QVERIFY(pt->version == VersionInfo(3, 2, 0));
     QCOMPARE(pt->appendix, QStringLiteral("-beta.2"));
-    const auto ct = readPayload(joinRecords(image.blocks[1].records), nullptr);
+    const auto ct = readPayload(joinRecords(allRecords(image.blocks[1])), nullptr);
     QVERIFY(ct.has_value());
     QCOMPARE(ct->appendix, QString());
 }
 
-void ImageDescriptionTest::releases_data()
+void TestImageDescription::releases_data()
 {
     QTest::addColumn<QByteArray>("release");
     QTest::addColumn<int>("type");
@@ -170,7 +176,7 @@ void ImageDescriptionTest::releases_data()
     QTest::newRow("release candidate") << QByteArray("3.2.1-rc.65535") << 30 << 65535;
 }
 
-void ImageDescriptionTest::releases()
+void TestImageDescription::releases()
 {
     QFETCH(const QByteArray, release);
     const auto image = readSound<ControllerImage>(changed(controllerJson, "3.2.1-beta.2", release));
@@ -179,7 +185,7 @@ void ImageDescriptionTest::releases()
     QTEST(image.preReleaseNumber, "number");
 }
 
-void ImageDescriptionTest::overridesReachTheBytes()
+void TestImageDescription::overridesReachTheBytes()
 {
     QByteArray json = changed(controllerJson, "\"blocks\": [", R"("override": {
         "magic": 1, "blockCount": 2, "reserved1": 3, "reserved2": 4, "reserved3": 5,
@@ -202,7 +208,7 @@ void ImageDescriptionTest::overridesReachTheBytes()
     QVERIFY(!image.blocks[1].offset.has_value());
 }
 
-void ImageDescriptionTest::cameraOverridesReachTheBytes()
+void TestImageDescription::cameraOverridesReachTheBytes()
 {
     QByteArray json = changed(cameraJson, "\"models\"", R"("override": {"magic": 1,
         "modelCount": 2, "imageCount": 3, "reserved4": 4}, "models")");
@@ -215,12 +221,12 @@ void ImageDescriptionTest::cameraOverridesReachTheBytes()
     QCOMPARE(int(file.images[0].magic.value_or(0)), 5);
 }
 
-void ImageDescriptionTest::namesTheError_data()
+void TestImageDescription::namesTheError_data()
 {
     QTest::addColumn<QByteArray>("json");
     QTest::addColumn<QString>("error");
 
-    QTest::newRow("no JSON") << QByteArray("{\n") << "f.json: line 2: unterminated object";
+    QTest::newRow("no JSON") << QByteArray("{\n") << "f.json: line 2: " + jsonReason("{\n");
     QTest::newRow("no kind") << QByteArray("{}") << "f.json: kind: missing";
 
     const auto row = [](const char* json, const char* from, const char* to, const char* error) {
@@ -235,7 +241,7 @@ void ImageDescriptionTest::namesTheError_data()
     row(controllerJson, "\"dated\"", "\"plain\"", "f.json: minorReleaseDate: unknown key");
     row(controllerJson, "\"minorReleaseDate\": \"2025-12-31\",", "",
         "f.json: minorReleaseDate: missing");
-    row(controllerJson, "2025-03-14", "2025-02-30",
+    row(controllerJson, "2025-03-14", "2025-3-14",
         "f.json: releaseDate: must be a date such as \"2025-12-31\"");
     row(controllerJson, "\"newPt\": \"3.2.0\"", "\"newPt\": \"3.2\"",
         "f.json: newPt: must be a version such as \"1.2.3\"");
@@ -290,7 +296,7 @@ void ImageDescriptionTest::namesTheError_data()
     }
 
     row(cameraJson, "\"1.4.0\"", "\"1.4\"",
-        "f.json: newVersion: must be a version such as \"1.2.3\"");
+        R"(f.json: newVersion: must be a version such as "1.2.3" or "1.2.3-beta.4")");
     row(cameraJson, "\"minVersion\": \"1.0.7\",", "", "f.json: minVersion: missing");
     row(cameraJson, "\"0x0c01\"", "\"0x0C01\"",
         "f.json: models[1]: must be a model code such as \"0x0901\"");
@@ -301,7 +307,7 @@ void ImageDescriptionTest::namesTheError_data()
         "f.json: layout: unknown key");
 }
 
-void ImageDescriptionTest::namesTheError()
+void TestImageDescription::namesTheError()
 {
     QFETCH(const QByteArray, json);
     QString error;
@@ -309,5 +315,5 @@ void ImageDescriptionTest::namesTheError()
     QTEST(error, "error");
 }
 
-ZAN_TEST_MAIN(ImageDescriptionTest)
+ZAN_TEST_MAIN(TestImageDescription)
 #include "tst_imagedescription.moc"

@@ -3,9 +3,10 @@
 
 #include <testmain.h>
 
+#include <QBuffer>
 #include <QJsonArray>
 
-class ImageListingTest : public QObject
+class TestImageListing : public QObject
 {
     Q_OBJECT
 
@@ -20,7 +21,17 @@ private slots:
     void payloads();
 };
 
-static ControllerImage imageWithPayloads()
+namespace {
+
+QStringList texts(const UpdateFileListing& listing)
+{
+    QStringList texts;
+    for (const RuleFinding& finding : listing.findings)
+        texts += findingText(finding);
+    return texts;
+}
+
+ControllerImage imageWithPayloads()
 {
     ControllerImage image = sampleImage(ImageLayout::Dated, 0, {FirmwareBlock, SystemBlock});
     image.blocks[0].records = splitIntoRecords(
@@ -30,10 +41,12 @@ static ControllerImage imageWithPayloads()
     return image;
 }
 
-void ImageListingTest::textOfAController()
+} // namespace
+
+void TestImageListing::textOfAController()
 {
     const UpdateFileListing listing = listUpdateFile(controllerImageBytes(imageWithPayloads()));
-    QCOMPARE(listing.problems, QStringList());
+    QVERIFY(listing.findings.isEmpty());
     QCOMPARE(listingText(listing), QStringLiteral("kind              controller\n"
                                                   "layout            dated\n"
                                                   "modelFamily       ZAN\n"
@@ -66,10 +79,10 @@ void ImageListingTest::textOfAController()
                                                   "  payload         Ct 49.50\n"));
 }
 
-void ImageListingTest::textOfACamera()
+void TestImageListing::textOfACamera()
 {
     const UpdateFileListing listing = listUpdateFile(cameraUpdateBytes(sampleCameraFile()));
-    QCOMPARE(listing.problems, QStringList());
+    QVERIFY(listing.findings.isEmpty());
     QCOMPARE(listingText(listing), QStringLiteral("kind              camera\n"
                                                   "newVersion        17.18.19\n"
                                                   "minVersion        33.34.35\n"
@@ -90,19 +103,35 @@ void ImageListingTest::textOfACamera()
                                                   "  payload         unknown\n"));
 }
 
-void ImageListingTest::jsonOfAController()
+namespace {
+
+QJsonObject jsonOf(const QByteArray& bytes)
+{
+    QBuffer device;
+    device.setData(bytes);
+    device.open(QIODevice::ReadOnly);
+    return listingJson(scanUpdateFile(device), "/images/f");
+}
+
+} // namespace
+
+void TestImageListing::jsonOfAController()
 {
     ControllerImage image = sampleImage(ImageLayout::Plain, briarscopeFamily, {FirmwareBlock});
     image.blocks[0].length = 1;
-    const QJsonObject block{{"type", "firmware"},
-                            {"minVersion", "81.82.83"},
-                            {"maxVersion", "97.98.99"},
-                            {"text", "abc"},
-                            {"offset", 60},
+    image.blocks[0].maxRecordLength = 7;
+    const QJsonObject shown{{"offset", 60},
                             {"length", 1},
                             {"records", 2},
                             {"longestRecord", 3},
                             {"payload", "unknown"}};
+    const QJsonObject block{{"type", "firmware"},
+                            {"minVersion", "81.82.83"},
+                            {"maxVersion", "97.98.99"},
+                            {"text", "abc"},
+                            {"recordsOf", QJsonObject{{"file", "/images/f"}, {"block", 0}}},
+                            {"override", QJsonObject{{"maxRecordLength", 7}}},
+                            {"shown", shown}};
     const QJsonObject expected{
         {"kind", "controller"},
         {"layout", "plain"},
@@ -113,19 +142,26 @@ void ImageListingTest::jsonOfAController()
         {"minPt", "65.66.67"},
         {"minCt", "68.69"},
         {"blocks", QJsonArray{block}},
-        {"problems", QJsonArray{"blocks[0]: the table says 1 bytes, there are 21"}}};
-    QCOMPARE(listingJson(listUpdateFile(controllerImageBytes(image))), expected);
+        {"override",
+         QJsonObject{
+             {"reserved1", 225}, {"reserved2", 226}, {"reserved3", 227}, {"reserved4", 228}}},
+        {"shown",
+         QJsonObject{{"file", "/images/f"},
+                     {"problems", QJsonArray{"blocks[0].length (offset 56) is 1, expected the 21 "
+                                             "bytes of its head and 2 records"}}}}};
+    QCOMPARE(jsonOf(controllerImageBytes(image)), expected);
 }
 
-void ImageListingTest::whatIsNoUpdateFile()
+void TestImageListing::whatIsNoUpdateFile()
 {
     const UpdateFileListing listing = listUpdateFile("some notes");
-    QCOMPARE(listing.problems, QStringList{"offset 0: 0x6f73 is not the magic of an update file"});
+    QCOMPARE(texts(listing),
+             QStringList{"magic (offset 0) is 0x6f73, expected that of an update file"});
     QCOMPARE(listingText(listing), QString());
-    QCOMPARE(listingJson(listing).keys(), QStringList{"problems"});
+    QCOMPARE(jsonOf("some notes").keys(), QStringList{"shown"});
 }
 
-void ImageListingTest::releases_data()
+void TestImageListing::releases_data()
 {
     QTest::addColumn<int>("type");
     QTest::addColumn<int>("number");
@@ -139,18 +175,18 @@ void ImageListingTest::releases_data()
     QTest::newRow("number without type") << 0 << 3 << "17.18.19-unknown0.3";
 }
 
-void ImageListingTest::releases()
+void TestImageListing::releases()
 {
     QFETCH(const int, type);
     QFETCH(const int, number);
     ControllerImage image = sampleImage(ImageLayout::Dated, 0, {FirmwareBlock});
     image.preReleaseType = type;
     image.preReleaseNumber = number;
-    const QJsonObject json = listingJson(listUpdateFile(controllerImageBytes(image)));
+    const QJsonObject json = jsonOf(controllerImageBytes(image));
     QTEST(json.value("release").toString(), "release");
 }
 
-void ImageListingTest::payloads_data()
+void TestImageListing::payloads_data()
 {
     QTest::addColumn<QByteArray>("bytes");
     QTest::addColumn<QString>("payload");
@@ -175,36 +211,42 @@ void ImageListingTest::payloads_data()
         [](ControllerImageBlock& b) { b.records = {QByteArray("VXPK")}; }, "unknown", "");
     row(
         "damaged", [](ControllerImageBlock& b) { b.records[1].data[3] = '?'; }, "damaged",
-        "blocks[0]: payload checksum is wrong");
+        "blocks[0].payload (offset 94) is damaged: payload checksum is wrong, expected a payload "
+        "as it "
+        "was made");
     row(
         "for another version",
         [](ControllerImageBlock& b) {
             set(b, PayloadComponent::TrackingSoftware, VersionInfo(33, 34, 36));
         },
-        "Pt 33.34.36", "blocks[0]: payload is for Pt 33.34.36 instead of Pt 33.34.35");
+        "Pt 33.34.36",
+        "blocks[0].payload (offset 94) is Pt 33.34.36, expected Pt 33.34.35-beta.258");
     row(
         "for another component",
         [](ControllerImageBlock& b) {
             set(b, PayloadComponent::CameraFirmware, VersionInfo(33, 34, 35));
         },
-        "camera 33.34.35", "blocks[0]: payload is for camera 33.34.35 instead of Pt 33.34.35");
+        "camera 33.34.35",
+        "blocks[0].payload (offset 94) is camera 33.34.35, expected Pt 33.34.35-beta.258");
     row(
         "cut by the record count", [](ControllerImageBlock& b) { b.records.removeLast(); },
-        "damaged", "blocks[0]: payload announces 204 bytes of body and has 84");
+        "damaged",
+        "blocks[0].payload (offset 94) is damaged: payload announces 204 bytes of body and has 84, "
+        "expected a payload as it was made");
     row(
         "behind a broken block", [](ControllerImageBlock& b) { b.magic = 0; }, "incomplete",
-        "blocks[0]: offset 94: block magic is 0x0000, not 0xa258");
+        "blocks[0].magic (offset 94) is 0x0000, expected 0xa258");
 }
 
-void ImageListingTest::payloads()
+void TestImageListing::payloads()
 {
     QFETCH(const QByteArray, bytes);
     QFETCH(const QString, problem);
     const UpdateFileListing listing = listUpdateFile(bytes);
-    const QJsonObject block = listingJson(listing).value("blocks").toArray().first().toObject();
-    QTEST(block.value("payload").toString(), "payload");
-    QCOMPARE(listing.problems, problem.isEmpty() ? QStringList() : QStringList{problem});
+    const QJsonObject block = jsonOf(bytes).value("blocks").toArray().first().toObject();
+    QTEST(block.value("shown").toObject().value("payload").toString(), "payload");
+    QCOMPARE(texts(listing), problem.isEmpty() ? QStringList() : QStringList{problem});
 }
 
-ZAN_TEST_MAIN(ImageListingTest)
+ZAN_TEST_MAIN(TestImageListing)
 #include "tst_imagelisting.moc"

@@ -3,7 +3,7 @@
 
 #include <testmain.h>
 
-class ImageReaderTest : public QObject
+class TestImageReader : public QObject
 {
     Q_OBJECT
 
@@ -20,19 +20,25 @@ private slots:
     void namesTheProblem();
     void goesOnWithTheNextBlock();
     void readsOverlappingBlocksOnce();
+    void readsNoBlockIntoAnother_data();
+    void readsNoBlockIntoAnother();
 };
 
-static ControllerImage soundImage(ImageLayout layout, int modelFamily)
+namespace {
+
+ControllerImage soundImage(ImageLayout layout, int modelFamily)
 {
     return sampleImage(layout, modelFamily, {FirmwareBlock, SystemBlock, FirmwareBlock});
 }
 
-static const QByteArray plainBytes = controllerImageBytes(soundImage(ImageLayout::Plain, 0));
-static const QByteArray datedBytes =
+const QByteArray plainBytes = controllerImageBytes(soundImage(ImageLayout::Plain, 0));
+const QByteArray datedBytes =
     controllerImageBytes(soundImage(ImageLayout::Dated, briarscopeFamily));
-static const QByteArray cameraBytes = cameraUpdateBytes(sampleCameraFile());
+const QByteArray cameraBytes = cameraUpdateBytes(sampleCameraFile());
 
-void ImageReaderTest::soundFilesComeBack_data()
+} // namespace
+
+void TestImageReader::soundFilesComeBack_data()
 {
     QTest::addColumn<QByteArray>("bytes");
 
@@ -41,7 +47,7 @@ void ImageReaderTest::soundFilesComeBack_data()
     QTest::newRow("camera file") << cameraBytes;
 }
 
-void ImageReaderTest::soundFilesComeBack()
+void TestImageReader::soundFilesComeBack()
 {
     QFETCH(const QByteArray, bytes);
     const ReadUpdateFile content = readUpdateFile(bytes);
@@ -50,7 +56,7 @@ void ImageReaderTest::soundFilesComeBack()
     QCOMPARE(updateFileBytes(*content.file).toHex(), bytes.toHex());
 }
 
-void ImageReaderTest::everyFieldComesBack()
+void TestImageReader::everyFieldComesBack()
 {
     const ReadUpdateFile content = readUpdateFile(datedBytes);
     const auto* image = std::get_if<ControllerImage>(&*content.file);
@@ -73,7 +79,7 @@ void ImageReaderTest::everyFieldComesBack()
     QCOMPARE(joinRecords(image->blocks[2].records), QByteArray("\x01\x02\x03\xFF"));
 }
 
-void ImageReaderTest::everyCameraFieldComesBack()
+void TestImageReader::everyCameraFieldComesBack()
 {
     const ReadUpdateFile content = readUpdateFile(cameraBytes);
     const auto* file = std::get_if<CameraUpdateFile>(&*content.file);
@@ -87,12 +93,12 @@ void ImageReaderTest::everyCameraFieldComesBack()
     QCOMPARE(joinRecords(file->images[1].records), QByteArray("\x0A\x0B"));
 }
 
-void ImageReaderTest::cutFilesAreNotSound_data()
+void TestImageReader::cutFilesAreNotSound_data()
 {
     soundFilesComeBack_data();
 }
 
-void ImageReaderTest::cutFilesAreNotSound()
+void TestImageReader::cutFilesAreNotSound()
 {
     QFETCH(const QByteArray, bytes);
     for (int length = 0; length < bytes.size(); ++length) {
@@ -101,43 +107,45 @@ void ImageReaderTest::cutFilesAreNotSound()
     }
 }
 
-void ImageReaderTest::namesWhereTheHeaderEnds_data()
+void TestImageReader::namesWhereTheHeaderEnds_data()
 {
     QTest::addColumn<QByteArray>("bytes");
     QTest::addColumn<QString>("problem");
 
-    const auto row = [](const QByteArray& bytes, int length, const char* problem) {
+    const auto row = [](const QByteArray& bytes, int length, const char* field, int fieldSize) {
         QTest::addRow("%d bytes of %d", length, bytes.size())
-            << bytes.left(length) << QString(problem);
+            << bytes.left(length)
+            << QString("%1 is cut off by the end of the file, expected %2 bytes")
+                   .arg(field, QString::number(fieldSize));
     };
-    row(datedBytes, 0, "offset 0: the file ends within the magic");
-    row(datedBytes, 1, "offset 0: the file ends within the magic");
-    row(datedBytes, 2, "offset 2: the file ends within the first reserved word");
-    row(datedBytes, 9, "offset 8: the file ends within the release version");
-    row(datedBytes, 10, "offset 10: the file ends within the pre-release type");
-    row(datedBytes, 12, "offset 12: the file ends within the pre-release number");
-    row(datedBytes, 19, "offset 18: the file ends within the release date");
-    row(datedBytes, 20, "offset 20: the file ends within the minor-release date");
-    row(datedBytes, 26, "offset 26: the file ends within the second reserved word");
-    row(datedBytes, 28, "offset 28: the file ends within the new Pt");
-    row(datedBytes, 34, "offset 34: the file ends within the new Ct");
-    row(datedBytes, 38, "offset 38: the file ends within the third reserved word");
-    row(datedBytes, 40, "offset 40: the file ends within the minimum Pt");
-    row(datedBytes, 46, "offset 46: the file ends within the minimum Ct");
-    row(datedBytes, 50, "offset 50: the file ends within the fourth reserved word");
-    row(datedBytes, 52, "offset 52: the file ends within the number of blocks");
-    row(datedBytes, 54, "offset 54: the file ends within the block table");
-    row(datedBytes, 115, "offset 112: the file ends within the block table");
-    row(plainBytes, 10, "offset 10: the file ends within the second reserved word");
-    row(cameraBytes, 4, "offset 4: the file ends within the new version");
-    row(cameraBytes, 12, "offset 12: the file ends within the minimum version");
-    row(cameraBytes, 20, "offset 20: the file ends within the number of models");
-    row(cameraBytes, 24, "offset 24: the file ends within the list of models");
-    row(cameraBytes, 28, "offset 28: the file ends within the number of images");
-    row(cameraBytes, 30, "offset 30: the file ends within the image table");
+    row(datedBytes, 0, "magic (offset 0)", 2);
+    row(datedBytes, 1, "magic (offset 0)", 2);
+    row(datedBytes, 2, "reserved1 (offset 2)", 2);
+    row(datedBytes, 9, "release (offset 4)", 6);
+    row(datedBytes, 10, "preReleaseType (offset 10)", 2);
+    row(datedBytes, 12, "preReleaseNumber (offset 12)", 2);
+    row(datedBytes, 19, "releaseDate (offset 14)", 6);
+    row(datedBytes, 20, "minorReleaseDate (offset 20)", 6);
+    row(datedBytes, 26, "reserved2 (offset 26)", 2);
+    row(datedBytes, 28, "newPt (offset 28)", 6);
+    row(datedBytes, 34, "newCt (offset 34)", 4);
+    row(datedBytes, 38, "reserved3 (offset 38)", 2);
+    row(datedBytes, 40, "minPt (offset 40)", 6);
+    row(datedBytes, 46, "minCt (offset 46)", 4);
+    row(datedBytes, 50, "reserved4 (offset 50)", 2);
+    row(datedBytes, 52, "blockCount (offset 52)", 2);
+    row(datedBytes, 54, "blocks[0].type (offset 54)", 2);
+    row(datedBytes, 115, "blocks[2].length (offset 112)", 4);
+    row(plainBytes, 10, "reserved2 (offset 10)", 2);
+    row(cameraBytes, 4, "newVersion (offset 4)", 6);
+    row(cameraBytes, 12, "minVersion (offset 12)", 6);
+    row(cameraBytes, 20, "modelCount (offset 20)", 2);
+    row(cameraBytes, 24, "models[1] (offset 24)", 2);
+    row(cameraBytes, 28, "imageCount (offset 28)", 2);
+    row(cameraBytes, 30, "images[0].newVersion (offset 30)", 6);
 }
 
-void ImageReaderTest::namesWhereTheHeaderEnds()
+void TestImageReader::namesWhereTheHeaderEnds()
 {
     QFETCH(const QByteArray, bytes);
     QFETCH(const QString, problem);
@@ -146,7 +154,7 @@ void ImageReaderTest::namesWhereTheHeaderEnds()
     QCOMPARE(content.problems, QStringList{problem});
 }
 
-void ImageReaderTest::namesTheProblem_data()
+void TestImageReader::namesTheProblem_data()
 {
     QTest::addColumn<QByteArray>("bytes");
     QTest::addColumn<QString>("problem");
@@ -159,9 +167,10 @@ void ImageReaderTest::namesTheProblem_data()
     };
     imageRow(
         "unknown magic", [](ControllerImage& i) { i.magic = 0xD20B; },
-        "offset 0: 0xd20b is not the magic of an update file");
+        "magic (offset 0) is 0xd20b, expected that of an update file");
     imageRow(
-        "no blocks", [](ControllerImage& i) { i.blocks.clear(); }, "there are no blocks");
+        "no blocks", [](ControllerImage& i) { i.blocks.clear(); },
+        "blockCount (offset 36) is 0, expected at least 1");
 
     using Block = ControllerImageBlock;
     const auto row = [](const char* name, void (*change)(Block&), const char* problem) {
@@ -170,54 +179,59 @@ void ImageReaderTest::namesTheProblem_data()
         QTest::newRow(name) << controllerImageBytes(image) << QString(problem);
     };
     row(
-        "unknown type", [](Block& b) { b.type = 7; }, "blocks[0]: type 7 is unknown");
+        "unknown type", [](Block& b) { b.type = 7; },
+        "blocks[0].type (offset 38) is 7, expected 1 (firmware) or 2 (system)");
     row(
         "range of one version", [](Block& b) { b.minVer = b.maxVer; }, "");
     row(
-        "range upside down", [](Block& b) { b.minVer = VersionInfo(0x61, 0x62, 0x64); },
-        "blocks[0]: the lowest version is above the highest");
-    row(
         "offset beyond the end", [](Block& b) { b.offset = 1000; },
-        "blocks[0]: offset 1000: the file ends within the block magic");
+        "blocks[0].magic (offset 1000) is cut off by the end of the file, expected 2 bytes");
     row(
         "offset with its top bit set", [](Block& b) { b.offset = 0x80000000; },
-        "blocks[0]: offset 2147483648: the file ends within the block magic");
+        "blocks[0].magic (offset 2147483648) is cut off by the end of the file, expected 2 bytes");
     row(
         "length other than that of the block", [](Block& b) { b.length = 22; },
-        "blocks[0]: the table says 22 bytes, there are 21");
+        "blocks[0].length (offset 56) is 22, expected the 21 bytes of its head and 2 records");
     row(
         "block magic of the other family", [](Block& b) { b.magic = 0xA25A; },
-        "blocks[0]: offset 60: block magic is 0xa25a, not 0xa258");
+        "blocks[0].magic (offset 60) is 0xa25a, expected 0xa258");
     row(
         "text of 49 bytes", [](Block& b) { b.text = QByteArray(49, 'x'); }, "");
     row(
         "text of 50 bytes", [](Block& b) { b.text = QByteArray(50, 'x'); },
-        "blocks[0]: offset 62: text announces 50 bytes, more than 49");
+        "blocks[0].textLength (offset 62) is 50, expected at most 49");
     row(
         "no records", [](Block& b) { b.records.clear(); },
-        "blocks[0]: offset 67: the number of records is 0");
+        "blocks[0].recordCount (offset 67) is 0, expected at least 1");
     row(
         "negative number of records", [](Block& b) { b.recordCount = 0xFFFFFFFE; },
-        "blocks[0]: offset 67: the number of records is -2");
+        "blocks[0].recordCount (offset 67) is -2, expected at least 1");
     row(
         "more records than there are", [](Block& b) { b.recordCount = 3; },
-        "blocks[0]: offset 81: the file ends within the length of a record");
+        "blocks[0].records[2] (offset 81) is cut off by the end of the file, expected a record");
     row(
         "fewer records than there are", [](Block& b) { b.recordCount = 1; },
-        "blocks[0]: the table says 21 bytes, there are 18");
+        "blocks[0].length (offset 56) is 21, expected the 18 bytes of its head and 1 records");
     row(
         "record as long as the block allows", [](Block& b) { b.maxRecordLength = 3; }, "");
     row(
         "record longer than the block allows", [](Block& b) { b.maxRecordLength = 2; },
-        "blocks[0]: offset 73: record 1 announces 3 bytes, more than 2");
+        "blocks[0].records[0] (offset 73) is 3 bytes long, expected at most 2");
     row(
         "record of 120 bytes", [](Block& b) { b.records[1] = QByteArray(120, 'x'); }, "");
     row(
-        "record of 121 bytes", [](Block& b) { b.records[1] = QByteArray(121, 'x'); },
-        "blocks[0]: offset 78: record 2 announces 121 bytes, more than 120");
+        "record of 121 bytes",
+        [](Block& b) {
+            b.records[1] = QByteArray(121, 'x');
+            b.maxRecordLength = 120;
+        },
+        "blocks[0].records[1] (offset 78) is 121 bytes long, expected at most 120");
+    row(
+        "bound above what devices take", [](Block& b) { b.maxRecordLength = 121; },
+        "blocks[0].maxRecordLength (offset 71) is 121, expected at most 120");
     row(
         "record shorter than announced", [](Block& b) { b.records[1].announcedLength = 2; },
-        "blocks[0]: offset 80: the file ends within the data of a record");
+        "blocks[0].records[1] (offset 78) is cut off by the end of the file, expected 2 bytes");
 
     const auto cameraRow = [](const char* name, void (*change)(CameraUpdateFile&),
                               const char* problem) {
@@ -226,25 +240,27 @@ void ImageReaderTest::namesTheProblem_data()
         QTest::newRow(name) << cameraUpdateBytes(file) << QString(problem);
     };
     cameraRow(
-        "no models", [](CameraUpdateFile& f) { f.models.clear(); }, "there are no models");
+        "no models", [](CameraUpdateFile& f) { f.models.clear(); },
+        "modelCount (offset 20) is 0, expected at least 1");
     cameraRow(
-        "no images", [](CameraUpdateFile& f) { f.images.clear(); }, "there are no images");
+        "no images", [](CameraUpdateFile& f) { f.images.clear(); },
+        "imageCount (offset 28) is 0, expected at least 1");
     cameraRow(
         "image elsewhere", [](CameraUpdateFile& f) { f.images[1].offset = 90; },
-        "images[1]: the table says offset 90, the image lies at 91");
+        "images[1].offset (offset 62) is 90, expected 91");
     cameraRow(
         "image of another length", [](CameraUpdateFile& f) { f.images[1].length = 19; },
-        "images[1]: the table says 19 bytes, there are 20");
+        "images[1].length (offset 66) is 19, expected the 20 bytes of its head and 1 records");
     cameraRow(
         "image magic of a block", [](CameraUpdateFile& f) { f.images[1].magic = 0xA258; },
-        "images[1]: offset 91: block magic is 0xa258, not 0xa259");
+        "images[1].magic (offset 91) is 0xa258, expected 0xa259");
     cameraRow(
         "version text of 201 bytes",
         [](CameraUpdateFile& f) { f.images[1].text = QByteArray(201, 'x'); },
-        "images[1]: offset 93: text announces 201 bytes, more than 200");
+        "images[1].textLength (offset 93) is 201, expected at most 200");
 }
 
-void ImageReaderTest::namesTheProblem()
+void TestImageReader::namesTheProblem()
 {
     QFETCH(const QByteArray, bytes);
     QFETCH(const QString, problem);
@@ -252,7 +268,7 @@ void ImageReaderTest::namesTheProblem()
     QCOMPARE(readUpdateFile(bytes).problems, expected);
 }
 
-void ImageReaderTest::goesOnWithTheNextBlock()
+void TestImageReader::goesOnWithTheNextBlock()
 {
     ControllerImage image = sampleImage(ImageLayout::Plain, 0, {FirmwareBlock, SystemBlock});
     image.blocks[0].magic = 0;
@@ -263,7 +279,7 @@ void ImageReaderTest::goesOnWithTheNextBlock()
     QCOMPARE(read.blocks[1].records.size(), 2);
 }
 
-void ImageReaderTest::readsOverlappingBlocksOnce()
+void TestImageReader::readsOverlappingBlocksOnce()
 {
     ControllerImage image = sampleImage(ImageLayout::Plain, 0, {});
     image.blocks = QVector<ControllerImageBlock>(65535, sampleBlock(SystemBlock));
@@ -271,10 +287,49 @@ void ImageReaderTest::readsOverlappingBlocksOnce()
         block.offset = 38 + 65535 * 18;
     QByteArray bytes = controllerImageBytes(image);
     bytes.truncate(38 + 65535 * 18 + 21);
-    const QStringList problems = readUpdateFile(bytes).problems;
-    QCOMPARE(problems.size(), 1);
-    QVERIFY(problems[0].endsWith(": overlaps another block; the rest is not read"));
+    const ReadUpdateFile content = readUpdateFile(bytes);
+    QCOMPARE(content.problems.size(), 65534);
+    QCOMPARE(
+        content.problems.last(),
+        QString("blocks[65534].offset (offset 1179660) is 1179668, expected another place than "
+                "that of blocks[0]"));
+    const auto& read = std::get<ControllerImage>(*content.file);
+    QCOMPARE(read.blocks[0].records.size(), 2);
+    QCOMPARE(read.blocks[65534].records.size(), 0);
 }
 
-ZAN_TEST_MAIN(ImageReaderTest)
+void TestImageReader::readsNoBlockIntoAnother_data()
+{
+    QTest::addColumn<quint32>("first");
+    QTest::addColumn<quint32>("second");
+    QTest::addColumn<QString>("problem");
+
+    // The blocks are written at 74 and 95.
+    QTest::newRow("beginning within another")
+        << 74U << 79U
+        << "blocks[1].offset (offset 66) is 79, expected a place outside of blocks[0], which ends "
+           "at 95";
+    QTest::newRow("running into one that was read before")
+        << 95U << 74U
+        << "blocks[1].records[2] (offset 95) is in the next block, expected to end "
+           "before it";
+}
+
+void TestImageReader::readsNoBlockIntoAnother()
+{
+    QFETCH(const quint32, first);
+    QFETCH(const quint32, second);
+    ControllerImage image = sampleImage(ImageLayout::Plain, 0, {SystemBlock, SystemBlock});
+    QCOMPARE(std::get<ControllerImage>(*readUpdateFile(controllerImageBytes(image)).file)
+                 .blocks[1]
+                 .offset,
+             std::optional<quint32>(95));
+    image.blocks[0].offset = first;
+    image.blocks[1].offset = second;
+    if (second < first)
+        image.blocks[0].recordCount = 3; // written first, read last
+    QTEST(readUpdateFile(controllerImageBytes(image)).problems.join('\n'), "problem");
+}
+
+ZAN_TEST_MAIN(TestImageReader)
 #include "tst_imagereader.moc"

@@ -9,7 +9,7 @@ using CameraChange = std::function<void(CameraUpdateFile&)>;
 Q_DECLARE_METATYPE(ControllerChange)
 Q_DECLARE_METATYPE(CameraChange)
 
-class ImageWriterTest : public QObject
+class TestImageWriter : public QObject
 {
     Q_OBJECT
 
@@ -34,26 +34,30 @@ private slots:
     void eitherKindIsWritten();
 };
 
-static ControllerChange onBlock(const std::function<void(ControllerImageBlock&)>& change)
+namespace {
+
+ControllerChange onBlock(const std::function<void(ControllerImageBlock&)>& change)
 {
     return [change](ControllerImage& image) {
         change(image.blocks[0]);
     };
 }
 
-static QByteArray hex(const char* text)
+QByteArray hex(const char* text)
 {
     return QByteArray::fromHex(text);
 }
 
 // The block of sampleRecords() with the magic of the ZAN family.
-static const QByteArray zanBlock = hex("58a2"          // magic
-                                       "0300 616263"   // text
-                                       "02000000 0300" // records, longest record
-                                       "0300 010203"   // record 1
-                                       "0100 ff");     // record 2
+const QByteArray zanBlock = hex("58a2"          // magic
+                                "0300 616263"   // text
+                                "02000000 0300" // records, longest record
+                                "0300 010203"   // record 1
+                                "0100 ff");     // record 2
 
-void ImageWriterTest::everyByteOfAPlainImage()
+} // namespace
+
+void TestImageWriter::everyByteOfAPlainImage()
 {
     const QByteArray expected = hex("08d2"           //  0 magic
                                     "e100"           //  2 reserved
@@ -75,7 +79,7 @@ void ImageWriterTest::everyByteOfAPlainImage()
              (expected + zanBlock).toHex());
 }
 
-void ImageWriterTest::everyByteOfADatedImage()
+void TestImageWriter::everyByteOfADatedImage()
 {
     const QByteArray expected = hex("1ad2"           //  0 magic
                                     "e100"           //  2 reserved
@@ -103,7 +107,7 @@ void ImageWriterTest::everyByteOfADatedImage()
              expected.toHex());
 }
 
-void ImageWriterTest::magicsTellLayoutAndFamily_data()
+void TestImageWriter::magicsTellLayoutAndFamily_data()
 {
     QTest::addColumn<bool>("dated");
     QTest::addColumn<int>("family");
@@ -116,7 +120,7 @@ void ImageWriterTest::magicsTellLayoutAndFamily_data()
     QTest::newRow("dated, BRIARSCOPE3") << true << 21 << hex("1ad2") << hex("5aa2");
 }
 
-void ImageWriterTest::magicsTellLayoutAndFamily()
+void TestImageWriter::magicsTellLayoutAndFamily()
 {
     QFETCH(const bool, dated);
     QFETCH(const int, family);
@@ -126,7 +130,7 @@ void ImageWriterTest::magicsTellLayoutAndFamily()
     QTEST(bytes.mid(dated ? 76 : 60, 2), "blockMagic");
 }
 
-void ImageWriterTest::blockTableOfMixedEntries()
+void TestImageWriter::blockTableOfMixedEntries()
 {
     ControllerImage image = sampleImage(ImageLayout::Plain, 0, {1, 2, 7, 1});
     image.blocks[1].records.clear();
@@ -142,20 +146,20 @@ void ImageWriterTest::blockTableOfMixedEntries()
     QCOMPARE(bytes.mid(118).toHex(), (zanBlock + emptyBlock + zanBlock + zanBlock).toHex());
 }
 
-void ImageWriterTest::imageWithoutBlocksEndsAfterItsHeader()
+void TestImageWriter::imageWithoutBlocksEndsAfterItsHeader()
 {
     QCOMPARE(controllerImageBytes(sampleImage(ImageLayout::Plain, 0, {})).size(), 38);
     QCOMPARE(controllerImageBytes(sampleImage(ImageLayout::Dated, 0, {})).size(), 54);
 }
 
-void ImageWriterTest::absentPartsAreFFFF()
+void TestImageWriter::absentPartsAreFFFF()
 {
     ControllerImage image = sampleImage(ImageLayout::Plain, 0, {});
     image.release = VersionInfo(3);
     QCOMPARE(controllerImageBytes(image).mid(4, 6), hex("0300ffffffff"));
 }
 
-void ImageWriterTest::everyByteOfACameraFile()
+void TestImageWriter::everyByteOfACameraFile()
 {
     const QByteArray expected = hex("09d2"              //   0 magic
                                     "e100"              //   2 unknown
@@ -178,7 +182,7 @@ void ImageWriterTest::everyByteOfACameraFile()
     QCOMPARE(cameraUpdateBytes(sampleCameraFile()).toHex(), expected.toHex());
 }
 
-void ImageWriterTest::cameraFileWithoutModelsAndImages()
+void TestImageWriter::cameraFileWithoutModelsAndImages()
 {
     CameraUpdateFile file = sampleCameraFile();
     file.models.clear();
@@ -186,7 +190,7 @@ void ImageWriterTest::cameraFileWithoutModelsAndImages()
     QCOMPARE(cameraUpdateBytes(file).mid(18).toHex(), hex("e3000000e4000000").toHex());
 }
 
-void ImageWriterTest::controllerFieldsCanBeOverridden_data()
+void TestImageWriter::controllerFieldsCanBeOverridden_data()
 {
     QTest::addColumn<ControllerChange>("change");
     QTest::addColumn<int>("offset");
@@ -215,7 +219,7 @@ void ImageWriterTest::controllerFieldsCanBeOverridden_data()
         "0304");
 }
 
-void ImageWriterTest::controllerFieldsCanBeOverridden()
+void TestImageWriter::controllerFieldsCanBeOverridden()
 {
     QFETCH(const ControllerChange, change);
     QFETCH(const int, offset);
@@ -229,7 +233,7 @@ void ImageWriterTest::controllerFieldsCanBeOverridden()
     QCOMPARE(controllerImageBytes(image).toHex(), expected.toHex());
 }
 
-void ImageWriterTest::cameraFieldsCanBeOverridden_data()
+void TestImageWriter::cameraFieldsCanBeOverridden_data()
 {
     QTest::addColumn<CameraChange>("change");
     QTest::addColumn<int>("offset");
@@ -256,7 +260,7 @@ void ImageWriterTest::cameraFieldsCanBeOverridden_data()
         "c900");
 }
 
-void ImageWriterTest::cameraFieldsCanBeOverridden()
+void TestImageWriter::cameraFieldsCanBeOverridden()
 {
     QFETCH(const CameraChange, change);
     QFETCH(const int, offset);
@@ -270,14 +274,14 @@ void ImageWriterTest::cameraFieldsCanBeOverridden()
     QCOMPARE(cameraUpdateBytes(file).toHex(), expected.toHex());
 }
 
-void ImageWriterTest::maxRecordLengthIsThatOfTheLongest()
+void TestImageWriter::maxRecordLengthIsThatOfTheLongest()
 {
     ControllerImage image = sampleImage(ImageLayout::Plain, 0, {FirmwareBlock});
     image.blocks[0].records = {QByteArray(5, 'x'), QByteArray(120, 'x'), QByteArray(7, 'x')};
     QCOMPARE(controllerImageBytes(image).mid(71, 2), hex("7800"));
 }
 
-void ImageWriterTest::splittingAndJoining_data()
+void TestImageWriter::splittingAndJoining_data()
 {
     QTest::addColumn<int>("payloadBytes");
     QTest::addColumn<int>("recordLength");
@@ -290,7 +294,7 @@ void ImageWriterTest::splittingAndJoining_data()
     QTest::newRow("records of one byte") << 3 << 1 << 3 << 1;
 }
 
-void ImageWriterTest::splittingAndJoining()
+void TestImageWriter::splittingAndJoining()
 {
     QFETCH(const int, payloadBytes);
     QFETCH(const int, recordLength);
@@ -305,7 +309,7 @@ void ImageWriterTest::splittingAndJoining()
     QVERIFY(splitIntoRecords(QByteArray()).isEmpty());
 }
 
-void ImageWriterTest::sameValueSameBytes()
+void TestImageWriter::sameValueSameBytes()
 {
     ControllerImage image = sampleImage(ImageLayout::Dated, 0, {FirmwareBlock, SystemBlock});
     image.blocks[0].records = splitIntoRecords(
@@ -314,12 +318,12 @@ void ImageWriterTest::sameValueSameBytes()
     QCOMPARE(controllerImageBytes(copy), controllerImageBytes(image));
 }
 
-void ImageWriterTest::eitherKindIsWritten()
+void TestImageWriter::eitherKindIsWritten()
 {
     const ControllerImage image = sampleImage(ImageLayout::Plain, 0, {FirmwareBlock});
     QCOMPARE(updateFileBytes(image), controllerImageBytes(image));
     QCOMPARE(updateFileBytes(sampleCameraFile()), cameraUpdateBytes(sampleCameraFile()));
 }
 
-ZAN_TEST_MAIN(ImageWriterTest)
+ZAN_TEST_MAIN(TestImageWriter)
 #include "tst_imagewriter.moc"

@@ -2,7 +2,7 @@
 
 #include <testmain.h>
 
-class Crc32Test : public QObject
+class TestCrc32 : public QObject
 {
     Q_OBJECT
 
@@ -11,7 +11,7 @@ private slots:
     void checksum();
 };
 
-void Crc32Test::checksum_data()
+void TestCrc32::checksum_data()
 {
     QTest::addColumn<QByteArray>("data");
     QTest::addColumn<quint32>("expected");
@@ -22,11 +22,11 @@ void Crc32Test::checksum_data()
     QTest::newRow("bytes with their top bit set") << QByteArray(4, '\xFF') << 0xFFFFFFFFU;
 }
 
-void Crc32Test::checksum()
+void TestCrc32::checksum()
 {
     QFETCH(const QByteArray, data);
     QTEST(crc32(data), "expected");
 }
 
-ZAN_TEST_MAIN(Crc32Test)
+ZAN_TEST_MAIN(TestCrc32)
 #include "tst_crc32.moc"

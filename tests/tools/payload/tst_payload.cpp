@@ -7,7 +7,7 @@
 
 Q_DECLARE_METATYPE(VersionInfo)
 
-class PayloadTest : public QObject
+class TestPayload : public QObject
 {
     Q_OBJECT
 
@@ -25,18 +25,22 @@ private slots:
     void errorTextIsOptionalAndCleared();
 };
 
+namespace {
+
 // The checksum is made to fit, so that the field before it is what gets refused.
-static QByteArray withChecksum(QByteArray bytes)
+QByteArray withChecksum(QByteArray bytes)
 {
     char field[4];
     qToLittleEndian(crc32(bytes), field);
     return bytes + QByteArray(field, sizeof field);
 }
 
-static const PayloadHead betaHead{PayloadComponent::TrackingSoftware, VersionInfo(3, 2, 0),
-                                  QStringLiteral("-beta.2")};
+const PayloadHead betaHead{PayloadComponent::TrackingSoftware, VersionInfo(3, 2, 0),
+                           QStringLiteral("-beta.2")};
 
-void PayloadTest::writesEveryByteOfHeadAndChecksum()
+} // namespace
+
+void TestPayload::writesEveryByteOfHeadAndChecksum()
 {
     const QByteArray expected = QByteArray::fromHex("5658504c"       // magic VXPL
                                                     "0100"           // Pt
@@ -51,21 +55,21 @@ void PayloadTest::writesEveryByteOfHeadAndChecksum()
                                                                     "01000300ffff"));
 }
 
-void PayloadTest::bodyIsTheSameOnEveryMachine()
+void TestPayload::bodyIsTheSameOnEveryMachine()
 {
     const QByteArray body = makePayload(betaHead, 8, 1).mid(32, 8);
     // The high bytes of the first numbers of a xorshift generator that starts at 1.
     QCOMPARE(body.toHex(), QByteArray("00049d128e2c2519"));
 }
 
-void PayloadTest::bodyDependsOnTheSeed()
+void TestPayload::bodyDependsOnTheSeed()
 {
     QCOMPARE(makePayload(betaHead, 1000, 7), makePayload(betaHead, 1000, 7));
     QVERIFY(makePayload(betaHead, 1000, 7) != makePayload(betaHead, 1000, 8));
     QVERIFY(makePayload(betaHead, 1000, 0).mid(32, 1000).count('\0') < 20);
 }
 
-void PayloadTest::readsWhatWasMade_data()
+void TestPayload::readsWhatWasMade_data()
 {
     QTest::addColumn<int>("component");
     QTest::addColumn<VersionInfo>("version");
@@ -81,7 +85,7 @@ void PayloadTest::readsWhatWasMade_data()
         << 1 << VersionInfo(1, 2, 3) << QStringLiteral("-\u00fc") << 10;
 }
 
-void PayloadTest::readsWhatWasMade()
+void TestPayload::readsWhatWasMade()
 {
     QFETCH(const int, component);
     QFETCH(const VersionInfo, version);
@@ -102,7 +106,7 @@ void PayloadTest::readsWhatWasMade()
     QCOMPARE(found->appendix, appendix);
 }
 
-void PayloadTest::appendixOfFullLengthSurvives()
+void TestPayload::appendixOfFullLengthSurvives()
 {
     const QString appendix = QStringLiteral("-beta.1234567890");
     QCOMPARE(appendix.size(), payloadAppendixLength);
@@ -110,7 +114,7 @@ void PayloadTest::appendixOfFullLengthSurvives()
     QCOMPARE(readPayload(makePayload(head, 4, 1), nullptr)->appendix, appendix);
 }
 
-void PayloadTest::longerAppendixIsCutOff()
+void TestPayload::longerAppendixIsCutOff()
 {
     const PayloadHead head{PayloadComponent::TrackingSoftware, VersionInfo(1, 2, 3),
                            QStringLiteral("-beta.12345678901")};
@@ -119,7 +123,7 @@ void PayloadTest::longerAppendixIsCutOff()
     QCOMPARE(found->appendix, QStringLiteral("-beta.1234567890"));
 }
 
-void PayloadTest::damageIsFoundWhereverItIs()
+void TestPayload::damageIsFoundWhereverItIs()
 {
     const QByteArray payload = makePayload(betaHead, 20, 1);
     for (int offset = 0; offset < payload.size(); ++offset) {
@@ -131,7 +135,7 @@ void PayloadTest::damageIsFoundWhereverItIs()
     }
 }
 
-void PayloadTest::refuses_data()
+void TestPayload::refuses_data()
 {
     QTest::addColumn<QByteArray>("payload");
     QTest::addColumn<QString>("error");
@@ -163,7 +167,7 @@ void PayloadTest::refuses_data()
                                  << "payload is for an unknown component (4)";
 }
 
-void PayloadTest::refuses()
+void TestPayload::refuses()
 {
     QFETCH(const QByteArray, payload);
     QString error;
@@ -171,7 +175,7 @@ void PayloadTest::refuses()
     QTEST(error, "error");
 }
 
-void PayloadTest::errorTextIsOptionalAndCleared()
+void TestPayload::errorTextIsOptionalAndCleared()
 {
     QVERIFY(!readPayload("nonsense", nullptr));
     QString error = QStringLiteral("left over");
@@ -179,5 +183,5 @@ void PayloadTest::errorTextIsOptionalAndCleared()
     QCOMPARE(error, QString());
 }
 
-ZAN_TEST_MAIN(PayloadTest)
+ZAN_TEST_MAIN(TestPayload)
 #include "tst_payload.moc"

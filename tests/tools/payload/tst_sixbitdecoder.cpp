@@ -4,7 +4,7 @@
 
 #include <QSet>
 
-class SixBitDecoderTest : public QObject
+class TestSixBitDecoder : public QObject
 {
     Q_OBJECT
 
@@ -18,7 +18,7 @@ private slots:
     void decodesWhatBitsMakeUp();
 };
 
-void SixBitDecoderTest::decodes_data()
+void TestSixBitDecoder::decodes_data()
 {
     QTest::addColumn<QByteArray>("text");
     QTest::addColumn<QByteArray>("hex");
@@ -33,7 +33,7 @@ void SixBitDecoderTest::decodes_data()
     QTest::newRow("plus and slash") << QByteArray("+/P") << QByteArray("feff");
 }
 
-void SixBitDecoderTest::decodes()
+void TestSixBitDecoder::decodes()
 {
     QFETCH(const QByteArray, text);
     const auto data = decodeSixBit(text);
@@ -41,7 +41,7 @@ void SixBitDecoderTest::decodes()
     QTEST(data->toHex(), "hex");
 }
 
-void SixBitDecoderTest::refuses_data()
+void TestSixBitDecoder::refuses_data()
 {
     QTest::addColumn<QByteArray>("text");
 
@@ -62,13 +62,13 @@ void SixBitDecoderTest::refuses_data()
     QTest::newRow("the alphabet of URLs, underscore") << QByteArray("BI_A");
 }
 
-void SixBitDecoderTest::refuses()
+void TestSixBitDecoder::refuses()
 {
     QFETCH(const QByteArray, text);
     QVERIFY(!decodeSixBit(text));
 }
 
-void SixBitDecoderTest::takesExactlyTheAlphabet()
+void TestSixBitDecoder::takesExactlyTheAlphabet()
 {
     QSet<QByteArray> results;
     for (int character = 0; character < 256; ++character) {
@@ -78,7 +78,7 @@ void SixBitDecoderTest::takesExactlyTheAlphabet()
     QCOMPARE(results.size(), 64);
 }
 
-void SixBitDecoderTest::decodesWhatBitsMakeUp_data()
+void TestSixBitDecoder::decodesWhatBitsMakeUp_data()
 {
     QTest::addColumn<int>("length");
     for (int length = 0; length <= 120; ++length)
@@ -86,7 +86,7 @@ void SixBitDecoderTest::decodesWhatBitsMakeUp_data()
 }
 
 // The text is composed bit by bit: the slow way, straight from the description of the encoding.
-void SixBitDecoderTest::decodesWhatBitsMakeUp()
+void TestSixBitDecoder::decodesWhatBitsMakeUp()
 {
     QFETCH(const int, length);
     const QByteArray alphabet("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/");
@@ -104,5 +104,5 @@ void SixBitDecoderTest::decodesWhatBitsMakeUp()
     QCOMPARE(decodeSixBit(text).value_or("refused"), data);
 }
 
-ZAN_TEST_MAIN(SixBitDecoderTest)
+ZAN_TEST_MAIN(TestSixBitDecoder)
 #include "tst_sixbitdecoder.moc"
