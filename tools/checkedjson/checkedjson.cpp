@@ -7,6 +7,46 @@
 #include <cmath>
 #include <utility>
 
+namespace {
+
+// Control characters, separators of lines, and marks that turn the direction of what follows.
+bool movesText(QChar character)
+{
+    switch (character.category()) {
+    case QChar::Other_Control:
+    case QChar::Other_Format:
+    case QChar::Separator_Line:
+    case QChar::Separator_Paragraph:
+        return true;
+    default:
+        return false;
+    }
+}
+
+QString escaped(QChar character)
+{
+    switch (character.unicode()) {
+    case '\n':
+        return QStringLiteral("\\n");
+    case '\r':
+        return QStringLiteral("\\r");
+    case '\t':
+        return QStringLiteral("\\t");
+    default:
+        return QStringLiteral("\\u%1").arg(character.unicode(), 4, 16, QLatin1Char('0'));
+    }
+}
+
+} // namespace
+
+QString onOneLine(const QString& text)
+{
+    QString line;
+    for (const QChar character : text)
+        line += movesText(character) ? escaped(character) : QString(character);
+    return line;
+}
+
 std::optional<QJsonObject> parseJsonObject(const QByteArray& json, const QString& fileName,
                                            QString* error)
 {
@@ -14,12 +54,12 @@ std::optional<QJsonObject> parseJsonObject(const QByteArray& json, const QString
     const QJsonDocument document = QJsonDocument::fromJson(json, &problem);
     if (problem.error != QJsonParseError::NoError) {
         const int line = json.left(problem.offset).count('\n') + 1;
-        *error = QStringLiteral("%1: line %2: %3")
-                     .arg(fileName, QString::number(line), problem.errorString());
+        *error = onOneLine(QStringLiteral("%1: line %2: %3")
+                               .arg(fileName, QString::number(line), problem.errorString()));
         return std::nullopt;
     }
     if (!document.isObject()) {
-        *error = QStringLiteral("%1: line 1: must be an object").arg(fileName);
+        *error = onOneLine(QStringLiteral("%1: line 1: must be an object").arg(fileName));
         return std::nullopt;
     }
     return document.object();
@@ -129,8 +169,9 @@ QStringList CheckedObject::texts(const QString& key)
 
 void CheckedObject::fail(const QString& key, const QString& reason)
 {
-    if (ok())
-        *m_error = QStringLiteral("%1: %2%3: %4").arg(m_fileName, m_prefix, key, reason);
+    if (ok()) {
+        *m_error = onOneLine(QStringLiteral("%1: %2%3: %4").arg(m_fileName, m_prefix, key, reason));
+    }
 }
 
 void CheckedObject::finish()

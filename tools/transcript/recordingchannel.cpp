@@ -6,29 +6,31 @@
 #include <cstring>
 #include <utility>
 
-static QByteArray textIn(const char* buffer)
+namespace {
+
+QByteArray textIn(const char* buffer)
 {
     return buffer
                ? QByteArray(buffer, static_cast<int>(strnlen(buffer, TranscriptForm::replyBytes)))
                : QByteArray();
 }
 
-static QByteArray number(qint64 value)
+QByteArray number(qint64 value)
 {
     return QByteArray::number(value);
 }
 
-static QByteArray resultText(int result)
+QByteArray resultText(int result)
 {
     return " = " + number(result);
 }
 
-static QByteArray parts(const VersionInfo& version)
+QByteArray parts(const VersionInfo& version)
 {
     return number(version.ma) + ' ' + number(version.mi) + ' ' + number(version.pa);
 }
 
-static QString numbered(const QString& file, int number)
+QString numbered(const QString& file, int number)
 {
     const int dot = file.lastIndexOf(QLatin1Char('.'));
     const bool hasSuffix = dot > file.lastIndexOf(QLatin1Char('/')) + 1;
@@ -36,7 +38,7 @@ static QString numbered(const QString& file, int number)
     return name.insert(hasSuffix ? dot : name.size(), QStringLiteral("-%1").arg(number));
 }
 
-static QString withoutRecord(const QString& wantedFile)
+QString withoutRecord(const QString& wantedFile)
 {
     QString name = wantedFile;
     for (int i = 2; QFileInfo(name).isFile() && QFileInfo(name).size() > 0; ++i)
@@ -45,7 +47,7 @@ static QString withoutRecord(const QString& wantedFile)
 }
 
 // Where the room ends, a part is written first, and only the next attempt tells why.
-static bool writeAll(QFile& file, QByteArray rest)
+bool writeAll(QFile& file, QByteArray rest)
 {
     while (!rest.isEmpty()) {
         const qint64 written = file.write(rest);
@@ -55,6 +57,8 @@ static bool writeAll(QFile& file, QByteArray rest)
     }
     return true;
 }
+
+} // namespace
 
 QByteArray TranscriptForm::expand(const char* format, va_list arguments)
 {

@@ -25,8 +25,8 @@
 /// What a host gives to the module beside the channel; it stands at the head of a transcript.
 struct TranscriptHead
 {
-    BackendVersions versions;
-    bool observer;
+    BackendVersions versions; ///< what the backend reports
+    bool observer;            ///< whether the frontend only looks on
 };
 
 /// The form of a transcript, for whoever writes or reads one. Safe to use from any thread.
@@ -46,9 +46,12 @@ struct TranscriptForm
     static QByteArray call(const char* operation, std::initializer_list<QByteArray> arguments);
     /// The same for an operation that carries one text.
     static QByteArray textCall(const char* operation, const QByteArray& text);
+    /// The same for post_message().
     static QByteArray messageCall(const char* receiver, const char* sender, int kind,
                                   const char* message);
+    /// The same for prepare_reply().
     static QByteArray prepareCall(int kind, int timeoutMs, int pollFollows);
+    /// The same for poll_reply().
     static QByteArray pollCall(int mode);
     /// The first lines of a transcript.
     /// @param program name and version of what records, for people

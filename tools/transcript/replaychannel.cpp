@@ -2,7 +2,9 @@
 
 #include <cstring>
 
-static void copyReply(const TranscriptCall& call, char* target)
+namespace {
+
+void copyReply(const TranscriptCall& call, char* target)
 {
     if (!call.reply || !target)
         return;
@@ -13,10 +15,12 @@ static void copyReply(const TranscriptCall& call, char* target)
 }
 
 // What a call brings that was not recorded.
-static TranscriptCall failedCall()
+TranscriptCall failedCall()
 {
     return {0, {}, 1, QByteArray(), std::nullopt};
 }
+
+} // namespace
 
 TranscriptCall ReplayChannel::take(const QByteArray& call)
 {

@@ -21,10 +21,10 @@ struct TranscriptCall
 /// describes the form.
 struct Transcript
 {
-    QString file; ///< as it was given
-    TranscriptHead head;
-    QVector<TranscriptCall> calls;
-    int lastLine; ///< number of the last line of the file
+    QString file;                  ///< as it was given
+    TranscriptHead head;           ///< what the host told the module
+    QVector<TranscriptCall> calls; ///< in the order in which they were made
+    int lastLine;                  ///< number of the last line of the file
 
     /// Reads the file @p fileName.
     ///

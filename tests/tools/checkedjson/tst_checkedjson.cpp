@@ -1,8 +1,9 @@
 #include "checkedjson.h"
 
+#include <reasons.h>
 #include <testmain.h>
 
-class CheckedJsonTest : public QObject
+class TestCheckedJson : public QObject
 {
     Q_OBJECT
 
@@ -14,22 +15,24 @@ private slots:
     void namesTheFirstError_data();
     void namesTheFirstError();
     void goesOnHarmlesslyAfterAnError();
+    void breaksNoLineForTheFilesName();
 };
 
-void CheckedJsonTest::refusesWhatIsNoObject_data()
+void TestCheckedJson::refusesWhatIsNoObject_data()
 {
     QTest::addColumn<QByteArray>("json");
     QTest::addColumn<QString>("error");
 
-    QTest::newRow("no bytes") << QByteArray("") << "f.json: line 1: illegal value";
+    QTest::newRow("no bytes") << QByteArray("") << "f.json: line 1: " + jsonReason("");
     QTest::newRow("an error in the third line")
-        << QByteArray("{\n\"a\": 1,\n\"b\" 2\n}") << "f.json: line 3: missing name separator";
+        << QByteArray("{\n\"a\": 1,\n\"b\" 2\n}")
+        << "f.json: line 3: " + jsonReason("{\n\"a\": 1,\n\"b\" 2\n}");
     QTest::newRow("an object that does not end")
-        << QByteArray("{\n") << "f.json: line 2: unterminated object";
+        << QByteArray("{\n") << "f.json: line 2: " + jsonReason("{\n");
     QTest::newRow("a list") << QByteArray("[1]") << "f.json: line 1: must be an object";
 }
 
-void CheckedJsonTest::refusesWhatIsNoObject()
+void TestCheckedJson::refusesWhatIsNoObject()
 {
     QFETCH(const QByteArray, json);
     QString error;
@@ -37,14 +40,18 @@ void CheckedJsonTest::refusesWhatIsNoObject()
     QTEST(error, "error");
 }
 
-static QJsonObject parse(const QByteArray& json)
+namespace {
+
+QJsonObject parse(const QByteArray& json)
 {
     QString error;
     const auto object = parseJsonObject(json, QStringLiteral("f.json"), &error);
     return object.value_or(QJsonObject());
 }
 
-void CheckedJsonTest::readsEveryKindOfValue()
+} // namespace
+
+void TestCheckedJson::readsEveryKindOfValue()
 {
     QString error;
     CheckedObject root(parse(R"({
@@ -66,7 +73,7 @@ void CheckedJsonTest::readsEveryKindOfValue()
     QVERIFY(root.ok());
 }
 
-void CheckedJsonTest::absentValuesHaveFallbacks()
+void TestCheckedJson::absentValuesHaveFallbacks()
 {
     QString error;
     CheckedObject root(QJsonObject(), QStringLiteral("f.json"), &error);
@@ -83,8 +90,10 @@ void CheckedJsonTest::absentValuesHaveFallbacks()
     QCOMPARE(error, QString());
 }
 
+namespace {
+
 // Reads the one schema that the rows below depart from.
-static QString errorOf(const QByteArray& json)
+QString errorOf(const QByteArray& json)
 {
     QString error;
     CheckedObject root(parse(json), QStringLiteral("f.json"), &error);
@@ -107,7 +116,9 @@ static QString errorOf(const QByteArray& json)
     return error;
 }
 
-void CheckedJsonTest::namesTheFirstError_data()
+} // namespace
+
+void TestCheckedJson::namesTheFirstError_data()
 {
     QTest::addColumn<QByteArray>("json");
     QTest::addColumn<QString>("error");
@@ -148,16 +159,26 @@ void CheckedJsonTest::namesTheFirstError_data()
     row("what only the caller can find", R"({"texts": ["x", "bad"]})",
         "f.json: texts[1]: must not be bad");
     row("an unknown key", R"({"txt": "t"})", "f.json: txt: unknown key");
+    row("an unknown key of two lines", R"({"a\nb": 1})", R"(f.json: a\nb: unknown key)");
+    row("an unknown key with every break of a line", R"({"a\r\u000b\u000c\u0085\u2028\u2029b": 1})",
+        R"(f.json: a\r\u000b\u000c\u0085\u2028\u2029b: unknown key)");
+    row("an unknown key that would colour the terminal", R"({"\u001b[31mred": 1})",
+        R"(f.json: \u001b[31mred: unknown key)");
+    row("an unknown key that would turn the text", R"({"\u202etxt": 1})",
+        R"(f.json: \u202etxt: unknown key)");
+    row("an unknown key in other letters", R"({"größe €": 1})", "f.json: größe €: unknown key");
+    row("an unknown key in an object, with a break", R"({"object": {"in\ner": 1}})",
+        R"(f.json: object.in\ner: unknown key)");
     row("the first of two errors", R"({"number": 0, "text": 1})", "f.json: text: must be a text");
 }
 
-void CheckedJsonTest::namesTheFirstError()
+void TestCheckedJson::namesTheFirstError()
 {
     QFETCH(const QByteArray, json);
     QTEST(errorOf(json), "error");
 }
 
-void CheckedJsonTest::goesOnHarmlesslyAfterAnError()
+void TestCheckedJson::goesOnHarmlesslyAfterAnError()
 {
     QString error;
     CheckedObject root(QJsonObject(), QStringLiteral("f.json"), &error);
@@ -171,5 +192,18 @@ void CheckedJsonTest::goesOnHarmlesslyAfterAnError()
     QCOMPARE(error, QStringLiteral("f.json: text: missing"));
 }
 
-ZAN_TEST_MAIN(CheckedJsonTest)
+void TestCheckedJson::breaksNoLineForTheFilesName()
+{
+    QString error;
+    QVERIFY(!parseJsonObject("{", QStringLiteral("a\nb.json"), &error));
+    QCOMPARE(error, QStringLiteral("a\\nb.json: line 1: unterminated object"));
+    QVERIFY(!parseJsonObject("[]", QStringLiteral("a\nb.json"), &error));
+    QCOMPARE(error, QStringLiteral("a\\nb.json: line 1: must be an object"));
+    error.clear();
+    CheckedObject root(QJsonObject(), QStringLiteral("a\nb.json"), &error);
+    root.text("text");
+    QCOMPARE(error, QStringLiteral("a\\nb.json: text: missing"));
+}
+
+ZAN_TEST_MAIN(TestCheckedJson)
 #include "tst_checkedjson.moc"

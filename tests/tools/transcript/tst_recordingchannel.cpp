@@ -4,15 +4,14 @@
 #include <recordingchannel.h>
 
 #include <fixturefiles.h>
+#include <fulldisk.h>
+#include <reasons.h>
 #include <scriptedchannel.h>
 #include <testmain.h>
 
 #include <QRegularExpression>
 
-#include <csignal>
 #include <functional>
-
-#include <sys/resource.h>
 
 namespace {
 
@@ -31,29 +30,6 @@ struct RecordedHost
     FixtureFolder folder;
     ScriptedChannel host;
     RecordingChannel recorder;
-};
-
-/// Runs into the end of a disk for as long as it lives: no file grows beyond @p bytes.
-class FullDisk
-{
-public:
-    explicit FullDisk(rlim_t bytes)
-    {
-        std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &m_before);
-        const rlimit limit{bytes, m_before.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FullDisk()
-    {
-        setrlimit(RLIMIT_FSIZE, &m_before);
-        std::signal(SIGXFSZ, SIG_DFL);
-    }
-    FullDisk(const FullDisk&) = delete;
-    FullDisk& operator=(const FullDisk&) = delete;
-
-private:
-    rlimit m_before{};
 };
 
 /// Asks back over the channel whenever a message comes.
@@ -344,12 +320,10 @@ void TestRecordingChannel::aRecordThatCannotBeginIsReportedOnce_data()
 {
     QTest::addColumn<QString>("file");
     QTest::addColumn<QString>("reason");
-    QTest::newRow("the folder is missing") << "FOLDER/missing/run.transcript"
-                                           << "No such file or directory";
-    QTest::newRow("the file is a folder") << "FOLDER"
-                                          << "Is a directory";
-    QTest::newRow("the disk is full") << "/dev/full"
-                                      << "No space left on device";
+    QTest::newRow("the folder is missing")
+        << "FOLDER/missing/run.transcript" << systemReason(ENOENT);
+    QTest::newRow("the file is a folder") << "FOLDER" << systemReason(EISDIR);
+    QTest::newRow("the disk is full") << "/dev/full" << systemReason(ENOSPC);
 }
 
 void TestRecordingChannel::aRecordThatCannotBeginIsReportedOnce()
@@ -384,8 +358,8 @@ void TestRecordingChannel::aDiskThatIsFullEndsTheRecordAndNothingElse()
     QCOMPARE(recorded.recorder.set_value("later"), 0);
     QCOMPARE(recorded.host.logOf("set_value").size(), 5);
     QCOMPARE(recorded.host.messagesTo("standard"),
-             QStringList(recorded.recorder.fileName() +
-                         ": cannot be written: File too large. Nothing more is recorded."));
+             QStringList(recorded.recorder.fileName() + ": cannot be written: " +
+                         systemReason(EFBIG) + ". Nothing more is recorded."));
     QVERIFY(recorded.calls().startsWith("set_value \"system update 4 1 AAAA\" = 0\n"));
     QVERIFY(!recorded.calls().contains("update 4 2 AAAA\" = 0\n"));
 }

@@ -1,6 +1,7 @@
 #include "transcriptfixtures.h"
 
 #include <fixturefiles.h>
+#include <reasons.h>
 #include <testmain.h>
 
 class TestTranscript : public QObject
@@ -18,7 +19,9 @@ private slots:
     void aFileThatCannotBeReadIsReported();
 };
 
-static Transcript parsed(const QByteArray& text)
+namespace {
+
+Transcript parsed(const QByteArray& text)
 {
     QString error;
     const std::optional<Transcript> transcript = Transcript::parse(text, "run.transcript", &error);
@@ -26,6 +29,8 @@ static Transcript parsed(const QByteArray& text)
         qFatal("%s", qPrintable(error));
     return *transcript;
 }
+
+} // namespace
 
 void TestTranscript::headIsRead()
 {
@@ -206,7 +211,7 @@ void TestTranscript::aFileThatCannotBeReadIsReported()
     const FixtureFolder folder;
     QString error;
     QVERIFY(!Transcript::read(folder.path("none"), &error));
-    QCOMPARE(error, folder.path("none") + ": No such file or directory");
+    QCOMPARE(error, folder.path("none") + ": " + systemReason(ENOENT));
     const QString damaged = folder.write("damaged", "transcript 0\n");
     QVERIFY(!Transcript::read(damaged, &error));
     QCOMPARE(error, damaged + ": line 1: version 0 of the form is not known");
