@@ -35,7 +35,7 @@ QStringList Desktop::environment() const
 bool Desktop::focus(const QString& title) const
 {
     const QString pattern = '^' + QRegularExpression::escape(title) + '$';
-    const QDeadlineTimer deadline(Program::patienceMs);
+    const QDeadlineTimer deadline(patienceMs);
     while (!deadline.hasExpired()) {
         const QString windows =
             run("xdotool", {"search", "--onlyvisible", "--name", pattern}).value_or(QString());
@@ -69,7 +69,7 @@ std::optional<QString> Desktop::run(const QString& program, const QStringList& a
     QProcess process;
     process.setEnvironment(QProcess::systemEnvironment() + environment());
     process.start(program, arguments);
-    const bool isDone = process.waitForFinished(Program::patienceMs) &&
+    const bool isDone = process.waitForFinished(patienceMs) &&
                         process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
     if (!isDone)
         return std::nullopt;

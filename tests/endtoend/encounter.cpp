@@ -156,16 +156,20 @@ bool Encounter::startSystem(const QStringList& options)
 
 bool Encounter::arm(const Fault& fault)
 {
-    return m_endpoint && ask(*m_endpoint, "bench " + benchArm(fault)).startsWith("ok");
+    return m_endpoint &&
+           ask(*m_endpoint, "bench " + commandLine({EquipmentCommand::Kind::ArmFault, 0, fault}))
+               .startsWith("ok");
 }
 
 bool Encounter::giveCamerasPower()
 {
-    const QVector<CameraState>& cameras = m_starts.last().bench.cameras;
+    const QVector<CameraState>& cameras = m_starts.last().equipment.cameras;
     bool isTaken = true;
     for (int index = 0; index < cameras.size(); ++index) {
         if (!cameras.at(index).running)
-            isTaken &= ask(*m_endpoint, "bench " + benchPowerCycleCamera(index)) == "ok";
+            isTaken &=
+                ask(*m_endpoint, "bench " + commandLine({EquipmentCommand::Kind::PowerCycleCamera,
+                                                         index})) == "ok";
     }
     return isTaken;
 }
@@ -187,25 +191,25 @@ QString Encounter::recordFile() const
     return m_folder.path(QStringLiteral("start-%1.transcript").arg(m_starts.size() + 1));
 }
 
-BenchState Encounter::bench(QString* error) const
+EquipmentState Encounter::equipment(QString* error) const
 {
     const QByteArray reply = m_endpoint ? ask(*m_endpoint, "bench state") : QByteArray();
     const QByteArray words = "ok ";
     if (reply.startsWith(words)) {
-        const std::optional<BenchState> state =
-            benchStateFromJson(reply.mid(words.size()), m_scenario, error);
-        if (state)
-            return *state;
+        const std::optional<EquipmentReport> report =
+            reportFromJson(reply.mid(words.size()), m_scenario, error);
+        if (report)
+            return report->state;
     } else {
         *error = QStringLiteral("bench state: ") + QString::fromLocal8Bit(reply);
     }
-    return benchStateOf(m_scenario);
+    return untouchedEquipment(m_scenario);
 }
 
 void Encounter::takeStart()
 {
     FrontendStart start;
-    start.bench = bench(&start.trouble);
+    start.equipment = equipment(&start.trouble);
     if (m_process.exitStatus() == QProcess::NormalExit)
         start.code = m_process.exitCode();
     start.told = toldIn(m_process.readAllStandardOutput());

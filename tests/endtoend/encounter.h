@@ -1,8 +1,10 @@
 #pragma once
 
+#include <patience.h>
+
 #include <simulatedprogram.h>
 
-#include <benchlanguage.h>
+#include <equipmentlanguage.h>
 #include <fixturefiles.h>
 
 #include <QObject>
@@ -11,7 +13,7 @@
 #include <memory>
 
 /// For the end of a run, on any machine: the frontend's own patience ends before.
-constexpr int longWaitMs = 300000;
+constexpr int longWaitMs = patienceMs;
 
 /// Exit codes of the frontend, as its --help has them.
 enum FrontendCode
@@ -44,8 +46,9 @@ struct FrontendStart
     QStringList told; ///< "KIND: TEXT" as it was printed, without times and progress
     QString errors;   ///< what it printed as errors
     QStringList sent; ///< "DEVICE: RECORD" for each record of an update that was called for
-    BenchState bench; ///< the system right after the end; as the scenario has it if that is gone
-    QString trouble;  ///< why `sent` or `bench` could not be had
+    EquipmentState
+        equipment;   ///< the system right after the end; as the scenario has it if that is gone
+    QString trouble; ///< why `sent` or `equipment` could not be had
 
     /// The message boxes, each in one line and without its buttons.
     QStringList boxes() const;
@@ -81,7 +84,7 @@ public:
     /// Starts the frontend; ended() tells when it has left.
     void startFrontend();
 
-    BenchState bench(QString* error) const;
+    EquipmentState equipment(QString* error) const;
     const QVector<FrontendStart>& starts() const { return m_starts; }
     /// What all starts told, and the system's errors.
     QString text() const;

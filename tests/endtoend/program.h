@@ -1,5 +1,7 @@
 #pragma once
 
+#include <patience.h>
+
 #include <QByteArray>
 #include <QMap>
 #include <QProcess>
@@ -28,9 +30,6 @@ public:
     void kill();
 
     bool isRunning() const { return m_process.state() != QProcess::NotRunning; }
-
-    /// How long is waited for anything: long enough for a loaded machine and sanitizers.
-    static constexpr int patienceMs = 60000;
 
 private:
     void read();

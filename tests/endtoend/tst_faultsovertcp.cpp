@@ -125,7 +125,8 @@ Expectation cameraFails(int sent, const QString& message, const QString& device)
             {masterOfCamera, device}};
 }
 
-// The update dialog opens once more when the controllers are back.
+// The module is loaded anew, so that the update dialog opens once more, when the connection is
+// back.
 Expectation andComesBack(Expectation expectation)
 {
     expectation.boxes += failure.last();
@@ -145,14 +146,16 @@ const QMap<FaultMode, Expectation>& ofControllers()
          controllersFail(all + 12, "Update not successful",
                          {masterReceived, "zan-left: v3.2.0, 11 of 24"})},
         {FaultMode::RefuseWithQuotedCameraError, refused},
-        {FaultMode::DropConnection, refused},
+        // Not even the target of the slave's update can be set.
+        {FaultMode::DropConnection,
+         andComesBack(controllersFail(
+             12, "", {"zan-master: v3.2.0, 11 of 24", "zan-left: v3.2.0, 0 of 0"}))},
         {FaultMode::AnswerLate,
          controllersFail(2 * all, slavesMessage, {masterReceived, slaveReceived})},
         {FaultMode::AnswerGarbage,
          controllersFail(12 + all, slavesMessage, {"zan-master: v3.2.0, 12 of 24", slaveReceived})},
         {FaultMode::StaySilent, controllersFail(2 * all, "Update not successful",
                                                 {masterReceived, "zan-left: v3.2.0, 23 of 24"})},
-        // Not even the target of the slave's update can be set.
         {FaultMode::LosePower,
          andComesBack(controllersFail(12, "", {masterUntouched, "zan-left: v3.2.0, 0 of 0"}))},
         {FaultMode::ComeBackOld,
@@ -186,7 +189,7 @@ const QMap<FaultMode, Expectation>& ofCamera()
         {FaultMode::RefuseRecord, refused},
         {FaultMode::RefuseWithCameraError, refusedByCamera},
         {FaultMode::RefuseWithQuotedCameraError, refusedByCamera},
-        {FaultMode::DropConnection, refused},
+        {FaultMode::DropConnection, andComesBack(refused)},
         // The camera has it all, so that it runs the new version after the user's power cycle.
         {FaultMode::AnswerLate,
          {{Success}, all, cameraQuestions + failure, imageFailed, cameraDone, runsNew}},
@@ -255,7 +258,7 @@ QString deviceText(const QString& name, const QString& runs, const QString& putB
              QString::number(device.recordsReceived), QString::number(device.recordsExpected));
 }
 
-QStringList deviceTexts(const BenchState& state)
+QStringList deviceTexts(const EquipmentState& state)
 {
     QStringList texts;
     for (const ControllerState& it : state.controllers)
@@ -375,7 +378,7 @@ void TestFaultsOverTcp::checkStart(const FrontendStart& start)
     QVERIFY(start.code == Success || start.code == NotNewest || start.code == StartAgain);
     QVERIFY(start.ending().startsWith("result: "));
     QCOMPARE(QSet<QString>(start.sent.begin(), start.sent.end()).size(), start.sent.size());
-    for (const QString& device : deviceTexts(start.bench))
+    for (const QString& device : deviceTexts(start.equipment))
         QVERIFY2(isWhole(device), qPrintable(device));
 }
 
@@ -383,11 +386,11 @@ void TestFaultsOverTcp::checkEnd(const FrontendStart& start)
 {
     QCOMPARE(start.code, int(Success));
     QCOMPARE(start.ending(), allNewest);
-    QCOMPARE(int(start.bench.power), int(Power::On));
-    QVERIFY(start.bench.faults.isEmpty());
-    for (const ControllerState& controller : start.bench.controllers)
+    QCOMPARE(int(start.equipment.power), int(Power::On));
+    QVERIFY(start.equipment.faults.armed().isEmpty());
+    for (const ControllerState& controller : start.equipment.controllers)
         QVERIFY(controller.pt.startsWith("v3.3.0 ") && controller.stagedPt.isEmpty());
-    for (const CameraState& it : start.bench.cameras)
+    for (const CameraState& it : start.equipment.cameras)
         QVERIFY(it.version == "v1.4.0" && it.stagedVersion.isEmpty() && it.found);
     for (const QString& line : start.results().mid(1))
         QVERIFY2(line.endsWith(" | done"), qPrintable(line));
@@ -400,7 +403,7 @@ void TestFaultsOverTcp::check(const Encounter& encounter, const Expectation& exp
     QCOMPARE(first.sent.size(), expected.sent);
     QCOMPARE(first.boxes(), expected.boxes);
     QCOMPARE(firstResults(encounter), expected.results);
-    QCOMPARE(deviceTexts(first.bench), expected.devices);
+    QCOMPARE(deviceTexts(first.equipment), expected.devices);
     if (expected.message.isEmpty())
         return;
     const QStringList afterwards = first.windows("Controller and Camera Update").value(1);
@@ -416,7 +419,7 @@ void TestFaultsOverTcp::seedTellsTheRecord()
         const Encounter* encounter = lookAt(name);
         QVERIFY(encounter && !encounter->starts().isEmpty());
         const FrontendStart& first = encounter->starts().first();
-        received[name] = first.bench.cameras.first().recordsReceived;
+        received[name] = first.equipment.cameras.first().recordsReceived;
         QCOMPARE(first.sent.size(), received[name] + 1);
         QCOMPARE(codesOf(*encounter), cameraOnceMore);
     }
@@ -431,7 +434,7 @@ void TestFaultsOverTcp::systemThatIsKilledIsGone()
     encounter.startFrontend();
     // At ten records a second there is time to see the middle of the run.
     QString error;
-    QTRY_VERIFY_WITH_TIMEOUT(encounter.bench(&error).controllers.first().recordsReceived >= 3,
+    QTRY_VERIFY_WITH_TIMEOUT(encounter.equipment(&error).controllers.first().recordsReceived >= 3,
                              longWaitMs);
     encounter.killSystem();
     QTRY_COMPARE_WITH_TIMEOUT(encounter.starts().size(), 1, longWaitMs);

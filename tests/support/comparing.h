@@ -1,6 +1,6 @@
 #pragma once
 
-#include <VersionInfo.h>
+#include <VersionInfo>
 
 #include <QVector>
 #include <QtTest>

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "patience.h"
 #include "testenvironment.h"
 #include "warningguard.h"
 
