@@ -20,5 +20,10 @@ endif()
 
 # Qt's code generators for a target with meta objects, forms or resources.
 function(zan_enable_qt_generators target)
-  set_target_properties(${target} PROPERTIES AUTOMOC ON AUTOUIC ON AUTORCC ON)
+  set_target_properties(${target} PROPERTIES AUTOMOC ON AUTOUIC ON)
+  # AUTORCC breaks where the folder's name has a quote.
+  get_target_property(resources ${target} SOURCES)
+  list(FILTER resources INCLUDE REGEX "[.]qrc$")
+  qt5_add_resources(compiled_resources ${resources})
+  target_sources(${target} PRIVATE ${compiled_resources})
 endfunction()

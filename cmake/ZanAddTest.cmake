@@ -1,7 +1,7 @@
 # zan_add_test(NAME SOURCE... [OWN_FOLDER] [SHARDS COUNT] [LIBRARIES TARGET...] [TIMEOUT SECONDS])
 #
-# One Qt Test executable for one unit. It runs without a display and with a home folder of its own
-# below the build folder, so that no test finds or leaves anything in the user's. With OWN_FOLDER the
+# One Qt Test executable for one unit. It runs without a display and with a home and a temporary folder
+# of its own below the build folder, so that no test finds or leaves anything in the user's. With OWN_FOLDER the
 # program also stands in a folder of its own, for tests of what looks for files beside the program.
 #
 # With SHARDS there are so many tests, which run side by side: each is a copy of the program in a
@@ -9,13 +9,19 @@
 function(zan_add_test name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "OWN_FOLDER" "SHARDS;TIMEOUT" "LIBRARIES")
   if(NOT arg_TIMEOUT)
-    set(arg_TIMEOUT 60)
+    # Ends what hangs; nothing that goes on, however busy the machine is.
+    set(arg_TIMEOUT 900)
   endif()
   add_executable(${name} ${arg_UNPARSED_ARGUMENTS})
   zan_enable_qt_generators(${name})
   target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} test-main Qt5::Test project-options)
+  zan_precompile(${name})
+  # Most often empty, and so compiled sooner than the precompiled headers are read.
+  set_source_files_properties(${CMAKE_CURRENT_BINARY_DIR}/${name}_autogen/mocs_compilation.cpp
+    PROPERTIES SKIP_PRECOMPILE_HEADERS ON)
 
-  set(folder ${CMAKE_CURRENT_BINARY_DIR}/${name})
+  file(RELATIVE_PATH part ${CMAKE_BINARY_DIR} ${CMAKE_CURRENT_BINARY_DIR})
+  set(folder ${ZAN_PROGRAM_DIR}/${part}/${name})
   if(arg_OWN_FOLDER OR arg_SHARDS)
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${folder})
   endif()
@@ -34,14 +40,18 @@ function(zan_add_test name)
   endforeach()
 endfunction()
 
-# zan_run_test(NAME TIMEOUT ENVIRONMENT PROGRAM)
+# zan_run_test(NAME TIMEOUT ENVIRONMENT PROGRAM [ARGUMENT...])
 #
-# One ctest entry, with a home folder of its own.
+# One ctest entry, with a home and a temporary folder of its own.
 function(zan_run_test name timeout environment program)
   set(home ${CMAKE_BINARY_DIR}/test-home/${name})
-  file(MAKE_DIRECTORY ${home})
-  list(PREPEND environment QT_QPA_PLATFORM=offscreen HOME=${home})
-  add_test(NAME ${name} COMMAND ${program})
+  # The module reads update files here, too.
+  set(temporary ${ZAN_PROGRAM_DIR}/test-tmp/${name})
+  file(MAKE_DIRECTORY ${home} ${temporary})
+  list(PREPEND environment QT_QPA_PLATFORM=offscreen HOME=${home} TMPDIR=${temporary}
+    QTEST_FUNCTION_TIMEOUT=1000000
+    LSAN_OPTIONS=print_suppressions=0:suppressions=${PROJECT_SOURCE_DIR}/tests/support/leaksofothers.txt)
+  add_test(NAME ${name} COMMAND ${program} ${ARGN})
   set_tests_properties(${name} PROPERTIES
     ENVIRONMENT "${environment}"
     ENVIRONMENT_MODIFICATION "XDG_CONFIG_HOME=unset:;XDG_DATA_HOME=unset:;XDG_CACHE_HOME=unset:"

@@ -22,18 +22,24 @@ die() {
 
 has_command() { command -v "$1" >/dev/null 2>&1; }
 
-# Where there is no package database, the usual places have to do.
+# Where there is no package database: what is used of a package has to be found. A package without
+# a line here is a program of its name.
 is_found_without_dpkg() {
     case $1 in
-        cmake | g++ | gcovr | lcov | xdotool | xvfb | doxygen | shellcheck | ccache)
-            has_command "${1/%xvfb/xvfb-run}" ;;
         ninja-build) has_command ninja ;;
-        qtbase5-dev)
-            compgen -G '/usr/lib*/cmake/Qt5Widgets' >/dev/null ||
-                compgen -G '/usr/lib/*/cmake/Qt5Widgets' >/dev/null ;;
-        *) return 1 ;;
+        xvfb) has_command Xvfb ;;
+        binutils) has_command ar && has_command nm && has_command readelf ;;
+        qtbase5-dev) has_library Qt5Widgets ;;
+        qtwayland5)
+            compgen -G '/usr/lib*/qt*/plugins/platforms/libqwayland*' >/dev/null ||
+                compgen -G '/usr/lib/*/qt*/plugins/platforms/libqwayland*' >/dev/null ;;
+        libsodium-dev) has_library libsodium ;;
+        libssl-dev) has_library openssl ;;
+        *) has_command "$1" ;;
     esac
 }
+
+has_library() { pkg-config --exists "$1" >/dev/null 2>&1; }
 
 is_installed() {
     if has_command dpkg-query; then
