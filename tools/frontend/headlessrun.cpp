@@ -90,8 +90,8 @@ ExitCode runHeadless(Frontend& frontend, const Options& options, Narrator& narra
     Screenshots screenshots(options.screenshotDir, options.stateDir + "/last-picture");
     Watchdog watchdog(patience, giveUp);
     UserDriver driver(frontend.window(), narrator, screenshots, watchdog, options.user);
-    driver.setMoreToDo(moreIn(frontend));
-    driver.setSystemGone([&frontend] { return !frontend.equipment().isAtHand(); });
+    driver.mainWindow().setMoreToDo(moreIn(frontend));
+    driver.mainWindow().setSystemGone([&frontend] { return !frontend.equipment().isAtHand(); });
     frontend.run();
     if (frontend.isModuleRefused()) {
         narrator.tell(QStringLiteral("result"),

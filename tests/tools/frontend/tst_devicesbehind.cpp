@@ -79,7 +79,7 @@ FixtureFolder& delivered()
 
 } // namespace
 
-class DevicesBehindTest : public QObject
+class TestDevicesBehind : public QObject
 {
     Q_OBJECT
 
@@ -162,5 +162,5 @@ private slots:
     }
 };
 
-ZAN_TEST_MAIN(DevicesBehindTest)
+ZAN_TEST_MAIN(TestDevicesBehind)
 #include "tst_devicesbehind.moc"

@@ -22,9 +22,8 @@ Screenshots::Screenshots(const QString& folder, const QString& counterFile)
 {
 }
 
-QString Screenshots::save(QWidget& window, const QString& name, QString* error)
+std::optional<QString> Screenshots::save(QWidget& window, const QString& name, QString* error)
 {
-    error->clear();
     if (m_folder.isEmpty())
         return QString();
     const int number = nextNumber();
@@ -33,11 +32,12 @@ QString Screenshots::save(QWidget& window, const QString& name, QString* error)
     if (!QDir().mkpath(m_folder) || !picture.open(QIODevice::WriteOnly) ||
         !window.grab().save(&picture, "PNG")) {
         *error = QStringLiteral("%1/%2 cannot be written").arg(m_folder, file);
-        return QString();
+        return std::nullopt;
     }
-    const bool isSaved = writeWholeFile(m_folder + '/' + file, picture.data(), error) &&
-                         writeWholeFile(m_counterFile, QByteArray::number(number), error);
-    return isSaved ? file : QString();
+    if (!writeWholeFile(m_folder + '/' + file, picture.data(), error) ||
+        !writeWholeFile(m_counterFile, QByteArray::number(number), error))
+        return std::nullopt;
+    return file;
 }
 
 int Screenshots::nextNumber() const

@@ -2,6 +2,8 @@
 
 #include <QString>
 
+#include <optional>
+
 class QWidget;
 
 /// Saves numbered pictures of windows. The numbers go on from one start of the program to the next,
@@ -14,9 +16,9 @@ public:
     Screenshots(const QString& folder, const QString& counterFile);
 
     /// Saves what @p window shows as NN-NAME.png.
-    /// @param error must not be null; empty if all is well
-    /// @return name of the file; empty if pictures are not wanted or it could not be saved
-    QString save(QWidget& window, const QString& name, QString* error);
+    /// @param error filled on failure; must not be null
+    /// @return name of the file, empty if pictures are not wanted; nullopt if it could not be saved
+    std::optional<QString> save(QWidget& window, const QString& name, QString* error);
 
 private:
     int nextNumber() const;

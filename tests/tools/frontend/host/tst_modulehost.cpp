@@ -69,7 +69,7 @@ const QStringList logOfAnEnd = {"Fake logs leaving"};
 
 } // namespace
 
-class ModuleHostTest : public QObject
+class TestModuleHost : public QObject
 {
     Q_OBJECT
 
@@ -85,7 +85,7 @@ private slots:
     void nothingIsLoadedBeforeTheDeliveryIsProven();
 };
 
-void ModuleHostTest::moduleIsServedFromItsEntryToItsEnd()
+void TestModuleHost::moduleIsServedFromItsEntryToItsEnd()
 {
     ModuleWishes wishes = fakeModule();
     wishes.observer = true;
@@ -108,7 +108,7 @@ void ModuleHostTest::moduleIsServedFromItsEntryToItsEnd()
     QCOMPARE(site.log, logOfAStay + QStringList{"leaving after " + ownVersion} + logOfAnEnd);
 }
 
-void ModuleHostTest::moduleLeavesWithItsHost()
+void TestModuleHost::moduleLeavesWithItsHost()
 {
     {
         Site site(fakeModule());
@@ -118,7 +118,7 @@ void ModuleHostTest::moduleLeavesWithItsHost()
              (QStringList{"about_to_exit_module", "exit_module, the window is there"}));
 }
 
-void ModuleHostTest::moduleEntersAgain()
+void TestModuleHost::moduleEntersAgain()
 {
     Site site(fakeModule());
     QVERIFY(site.host.enter(versions));
@@ -134,7 +134,7 @@ void ModuleHostTest::moduleEntersAgain()
     QCOMPARE(FakeModule::calls(), firstCalls);
 }
 
-void ModuleHostTest::messagesReachTheModuleOnlyWhileItIsInside()
+void TestModuleHost::messagesReachTheModuleOnlyWhileItIsInside()
 {
     Site site(fakeModule());
     site.host.tell("before");
@@ -148,7 +148,7 @@ void ModuleHostTest::messagesReachTheModuleOnlyWhileItIsInside()
                           "exit_module, the window is there"}));
 }
 
-void ModuleHostTest::moduleSaysThatItHasEnded()
+void TestModuleHost::moduleSaysThatItHasEnded()
 {
     Site site(fakeModule());
     QVERIFY(site.host.enter(versions));
@@ -160,7 +160,7 @@ void ModuleHostTest::moduleSaysThatItHasEnded()
     QCOMPARE(site.log, QStringList{"ready"});
 }
 
-void ModuleHostTest::callsAreRecordedOnWish()
+void TestModuleHost::callsAreRecordedOnWish()
 {
     const FixtureFolder folder;
     ModuleWishes wishes = fakeModule();
@@ -177,7 +177,7 @@ void ModuleHostTest::callsAreRecordedOnWish()
     QVERIFY2(text.contains("demo-frontend v3.3.0") && text.contains("register_receiver"), text);
 }
 
-void ModuleHostTest::transcriptAnswersInThePlaceOfTheControllers()
+void TestModuleHost::transcriptAnswersInThePlaceOfTheControllers()
 {
     const FixtureFolder folder;
     ModuleWishes recorded = fakeModule();
@@ -200,7 +200,7 @@ void ModuleHostTest::transcriptAnswersInThePlaceOfTheControllers()
     QCOMPARE(site.link.log, QStringList());
 }
 
-void ModuleHostTest::moduleThatCannotBeLoadedIsTold()
+void TestModuleHost::moduleThatCannotBeLoadedIsTold()
 {
     ModuleWishes wishes;
     wishes.file = "/nowhere/libmodule.so";
@@ -215,7 +215,7 @@ void ModuleHostTest::moduleThatCannotBeLoadedIsTold()
 }
 
 // The file that would be loaded does not exist, so its loading would be told.
-void ModuleHostTest::nothingIsLoadedBeforeTheDeliveryIsProven()
+void TestModuleHost::nothingIsLoadedBeforeTheDeliveryIsProven()
 {
     const QString updates = QCoreApplication::applicationDirPath() + "/controller_update";
     const auto cleanUp = qScopeGuard([&] { QDir(updates).removeRecursively(); });
@@ -242,5 +242,5 @@ void ModuleHostTest::nothingIsLoadedBeforeTheDeliveryIsProven()
     QCOMPARE(site.log, (QStringList{"SHA256SUMS: is missing", summary, refusal}));
 }
 
-ZAN_WIDGET_TEST_MAIN(ModuleHostTest)
+ZAN_WIDGET_TEST_MAIN(TestModuleHost)
 #include "tst_modulehost.moc"

@@ -1,11 +1,11 @@
 #include <boxanswers.h>
-#include <devicetables.h>
 
 #include <widgettestmain.h>
 
 #include <QPushButton>
 
-class BoxAnswersTest : public QObject
+/// What the played user makes of message boxes.
+class TestBoxAnswers : public QObject
 {
     Q_OBJECT
 
@@ -13,11 +13,9 @@ private slots:
     void boxesAreKnown_data();
     void boxesAreKnown();
     void buttonIsTheDefaultOneWhereTheExpectedIsMissing();
-    void camerasTellWhatTheyNeed_data();
-    void camerasTellWhatTheyNeed();
 };
 
-void BoxAnswersTest::boxesAreKnown_data()
+void TestBoxAnswers::boxesAreKnown_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<QString>("text");
@@ -47,7 +45,7 @@ void BoxAnswersTest::boxesAreKnown_data()
         << "Anything" << int(QMessageBox::Ok) << "message" << false << false;
 }
 
-void BoxAnswersTest::boxesAreKnown()
+void TestBoxAnswers::boxesAreKnown()
 {
     QFETCH(const QString, name);
     QFETCH(const QString, text);
@@ -64,7 +62,7 @@ void BoxAnswersTest::boxesAreKnown()
     QTEST(answer.asksForPower, "asksForPower");
 }
 
-void BoxAnswersTest::buttonIsTheDefaultOneWhereTheExpectedIsMissing()
+void TestBoxAnswers::buttonIsTheDefaultOneWhereTheExpectedIsMissing()
 {
     QMessageBox box;
     box.setText("Do you really want to update?");
@@ -74,36 +72,5 @@ void BoxAnswersTest::buttonIsTheDefaultOneWhereTheExpectedIsMissing()
     QCOMPARE(box.standardButton(answerTo(box).button), QMessageBox::Retry);
 }
 
-void BoxAnswersTest::camerasTellWhatTheyNeed_data()
-{
-    QTest::addColumn<bool>("isRunning");
-    QTest::addColumn<bool>("isFound");
-    QTest::addColumn<QString>("staged");
-    QTest::addColumn<int>("need");
-    QTest::newRow("one that is ready") << true << true << "" << int(DeviceNeed::Nothing);
-    QTest::newRow("one that received an update")
-        << true << true << "v1.4.0" << int(DeviceNeed::PowerCycle);
-    QTest::newRow("one that was power-cycled")
-        << true << false << "" << int(DeviceNeed::HardwareSearch);
-    QTest::newRow("one that did not come back")
-        << false << false << "v1.4.0" << int(DeviceNeed::Nothing);
-}
-
-void BoxAnswersTest::camerasTellWhatTheyNeed()
-{
-    QFETCH(const bool, isRunning);
-    QFETCH(const bool, isFound);
-    QFETCH(const QString, staged);
-    CameraState camera;
-    camera.running = isRunning;
-    camera.found = isFound;
-    camera.stagedVersion = staged;
-    const QVector<CameraState> cameras = {camera};
-    const DeviceTable<CameraState> table(
-        [&]() -> const QVector<CameraState>& { return cameras; },
-        {{"Camera", "", [](const CameraState& it) { return it.serial; }, {}}}, nullptr);
-    QTEST(table.data(table.index(0, 0), needRole).toInt(), "need");
-}
-
-ZAN_WIDGET_TEST_MAIN(BoxAnswersTest)
+ZAN_WIDGET_TEST_MAIN(TestBoxAnswers)
 #include "tst_boxanswers.moc"

@@ -35,6 +35,8 @@ private slots:
     void controllerIsShownWithAllItIs();
     void receptionIsShownAsItGoes();
     void cameraIsShownWithAllItIs();
+    void camerasTellWhatTheyNeed_data();
+    void camerasTellWhatTheyNeed();
     void tablesFollowTheSystem();
     void selectedCamerasArePowerCycled();
     void controllersArePowerCycled();
@@ -90,6 +92,37 @@ void TestSystemView::cameraIsShownWithAllItIs()
     equipment.sendToCamera("c01", cameraFirmware({1, 4, 0}));
     QCOMPARE(rowOf(*table, 0).at(4), QString("v1.4.0"));
     QVERIFY(progressOf(*table, 0).toDouble() == 1.0);
+}
+
+void TestSystemView::camerasTellWhatTheyNeed_data()
+{
+    QTest::addColumn<bool>("isRunning");
+    QTest::addColumn<bool>("isFound");
+    QTest::addColumn<QString>("staged");
+    QTest::addColumn<int>("need");
+    QTest::newRow("one that is ready") << true << true << "" << int(DeviceNeed::Nothing);
+    QTest::newRow("one that received an update")
+        << true << true << "v1.4.0" << int(DeviceNeed::PowerCycle);
+    QTest::newRow("one that was power-cycled")
+        << true << false << "" << int(DeviceNeed::HardwareSearch);
+    QTest::newRow("one that did not come back")
+        << false << false << "v1.4.0" << int(DeviceNeed::Nothing);
+}
+
+void TestSystemView::camerasTellWhatTheyNeed()
+{
+    QFETCH(const bool, isRunning);
+    QFETCH(const bool, isFound);
+    QFETCH(const QString, staged);
+    CameraState camera;
+    camera.running = isRunning;
+    camera.found = isFound;
+    camera.stagedVersion = staged;
+    const QVector<CameraState> cameras = {camera};
+    const DeviceTable<CameraState> table(
+        [&]() -> const QVector<CameraState>& { return cameras; },
+        {{"Camera", "", [](const CameraState& it) { return it.serial; }, {}}}, nullptr);
+    QTEST(table.data(table.index(0, 0), needRole).toInt(), "need");
 }
 
 void TestSystemView::tablesFollowTheSystem()

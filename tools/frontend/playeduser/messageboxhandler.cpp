@@ -1,0 +1,31 @@
+#include "messageboxhandler.h"
+
+#include "boxanswers.h"
+#include "userhands.h"
+
+#include <mainwindow.h>
+
+#include <QPushButton>
+
+MessageBoxHandler::MessageBoxHandler(UserHands& hands, const MainWindow& frontend,
+                                     QStringList& refusals)
+    : m_hands(hands), m_frontend(frontend), m_refusals(refusals)
+{
+}
+
+bool MessageBoxHandler::isFor(const QWidget& window) const
+{
+    return qobject_cast<const QMessageBox*>(&window) != nullptr;
+}
+
+void MessageBoxHandler::handle(QWidget& window, int /*visit*/)
+{
+    auto& box = static_cast<QMessageBox&>(window);
+    const BoxAnswer answer = answerTo(box);
+    m_hands.present(box, answer.pictureName);
+    if (answer.isRefusal)
+        m_refusals += box.text().simplified();
+    if (answer.asksForPower)
+        m_hands.press(m_frontend, "pushButton_powerCycleControllers");
+    m_hands.press(*answer.button);
+}
