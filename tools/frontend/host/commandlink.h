@@ -3,6 +3,7 @@
 #include <reply.h>
 
 #include <QByteArray>
+#include <QElapsedTimer>
 #include <QString>
 
 #include <functional>
@@ -44,14 +45,29 @@ public:
     /// left unpainted. It must not send anything.
     void setIdleWork(const std::function<void()>& work) { m_idleWork = work; }
 
+    /// Does that if the last time is more than a moment ago: for many waits in a row, each of which
+    /// is short.
+    void breathe()
+    {
+        if (!m_sinceIdleWork.isValid())
+            m_sinceIdleWork.start();
+        else if (m_sinceIdleWork.hasExpired(idleSliceMs))
+            doIdleWork();
+    }
+
 protected:
+    /// How long a wait may be without idle work.
+    static constexpr qint64 idleSliceMs = 40;
+
     /// For implementations to call during wait(): does what setIdleWork() was given.
-    void doIdleWork() const
+    void doIdleWork()
     {
         if (m_idleWork)
             m_idleWork();
+        m_sinceIdleWork.start();
     }
 
 private:
     std::function<void()> m_idleWork;
+    QElapsedTimer m_sinceIdleWork;
 };

@@ -18,6 +18,11 @@ int result(bool ok)
     return ok ? success : failure;
 }
 
+bool isQuery(Operation operation)
+{
+    return operation == Operation::GetString || operation == Operation::GetInt;
+}
+
 void copyReply(char* target, const QByteArray& text)
 {
     // Up to a zero byte inside of the text, if there is one: the receiver sees no further.
@@ -105,29 +110,39 @@ void HostChannel::renew()
 std::optional<Reply> HostChannel::exchange(Operation operation, const QByteArray& text)
 {
     finishPending();
-    if (!maySend(text))
+    if (!maySend(operation, text))
         return std::nullopt;
     const std::optional<Reply> reply = ask(operation, text);
     if (m_listener)
         m_listener->answered(operation, text, reply);
+    tellAnswered(operation, text, reply);
+    if (!isQuery(operation))
+        letWindowsPaint();
     return reply;
+}
+
+// The records of a run follow one right upon the other, and few of them make the link wait for
+// long.
+void HostChannel::letWindowsPaint()
+{
+    const QScopedValueRollback<bool> waiting(m_isWaiting, true);
+    m_link.breathe();
 }
 
 std::optional<Reply> HostChannel::ask(Operation operation, const QByteArray& text)
 {
-    const bool isQuery = operation == Operation::GetString || operation == Operation::GetInt;
-    const int attempts = isQuery && !m_isSilent ? maxAttempts : 1;
+    const int attempts = isQuery(operation) && !m_isSilent ? maxAttempts : 1;
     std::optional<Reply> reply;
     for (int attempt = 0; attempt < attempts && !reply && isCurrent(); ++attempt) {
         send(operation, text);
         reply = waitForReply(defaultTimeoutMs);
     }
-    if (reply || isQuery)
+    if (reply || isQuery(operation))
         m_isSilent = !reply;
     return reply;
 }
 
-bool HostChannel::maySend(const QByteArray& text)
+bool HostChannel::maySend(Operation operation, const QByteArray& text)
 {
     if (m_isWaiting) {
         refuse("Not sent, as another text waits for its reply: ", text);
@@ -139,6 +154,7 @@ bool HostChannel::maySend(const QByteArray& text)
         refuse(
             "The connection was lost. Nothing is sent until the module is loaded anew, not even: ",
             text);
+    tellAnswered(operation, text, std::nullopt);
     return false;
 }
 
@@ -158,6 +174,15 @@ void HostChannel::send(Operation operation, const QByteArray& text)
     if (m_listener)
         m_listener->sending(operation, text);
     m_link.send(operation, text);
+    for (ChannelWatcher* watcher : qAsConst(m_watchers))
+        watcher->sent(operation, text);
+}
+
+void HostChannel::tellAnswered(Operation operation, const QByteArray& text,
+                               const std::optional<Reply>& reply)
+{
+    for (ChannelWatcher* watcher : qAsConst(m_watchers))
+        watcher->answered(operation, text, reply);
 }
 
 int HostChannel::sendOrStart(Operation operation, const QByteArray& text, char* reply)
@@ -166,10 +191,10 @@ int HostChannel::sendOrStart(Operation operation, const QByteArray& text, char* 
         return result(takeReply(exchange(operation, text), reply));
 
     finishPending();
-    if (!maySend(text))
+    if (!maySend(operation, text))
         return failure;
     send(operation, text);
-    m_pending = Pending{reply, *m_preparedTimeoutMs, {}, std::nullopt};
+    m_pending = Pending{operation, text, reply, *m_preparedTimeoutMs, {}, std::nullopt};
     m_pending->age.start();
     m_preparedTimeoutMs.reset();
     return success;
@@ -180,5 +205,7 @@ void HostChannel::finishPending()
     if (!m_pending || m_pending->outcome || m_isWaiting)
         return;
     const qint64 leftMs = qMax<qint64>(0, m_pending->timeoutMs - m_pending->age.elapsed());
-    m_pending->outcome = takeReply(waitForReply(static_cast<int>(leftMs)), m_pending->reply);
+    const std::optional<Reply> answer = waitForReply(static_cast<int>(leftMs));
+    m_pending->outcome = takeReply(answer, m_pending->reply);
+    tellAnswered(m_pending->operation, m_pending->text, answer);
 }

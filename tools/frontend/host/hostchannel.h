@@ -1,11 +1,13 @@
 #pragma once
 
+#include "channelwatcher.h"
 #include "commandlink.h"
 
 #include <IOManager.h>
 
 #include <QElapsedTimer>
 #include <QMap>
+#include <QVector>
 
 /// Sees what goes over a channel, on the user interface thread.
 class ChannelListener
@@ -62,6 +64,10 @@ public:
 
     /// @param listener null for none; otherwise it must outlive the channel or be taken away
     void setListener(ChannelListener* listener) { m_listener = listener; }
+    /// @param watcher must outlive the channel, or be taken away
+    void addWatcher(ChannelWatcher& watcher) { m_watchers.append(&watcher); }
+    /// Takes @p watcher away.
+    void removeWatcher(ChannelWatcher& watcher) { m_watchers.removeAll(&watcher); }
 
     /// Takes the system that the link leads to now. To be called before a module is loaded.
     void renew();
@@ -75,6 +81,8 @@ private:
     /// The exchange between a prepared text and its poll_reply().
     struct Pending
     {
+        Operation operation;
+        QByteArray text;
         char* reply; ///< null for a setting
         int timeoutMs;
         QElapsedTimer age;
@@ -85,13 +93,17 @@ private:
     int sendOrStart(Operation operation, const QByteArray& text, char* reply);
     void finishPending();
     std::optional<Reply> ask(Operation operation, const QByteArray& text);
-    bool maySend(const QByteArray& text);
+    bool maySend(Operation operation, const QByteArray& text);
     void refuse(const QByteArray& reason, const QByteArray& text);
+    void tellAnswered(Operation operation, const QByteArray& text,
+                      const std::optional<Reply>& reply);
     std::optional<Reply> waitForReply(int timeoutMs);
+    void letWindowsPaint();
     void send(Operation operation, const QByteArray& text);
 
     CommandLink& m_link;
     ChannelListener* m_listener = nullptr;
+    QVector<ChannelWatcher*> m_watchers;
     quint64 m_connection;
     bool m_hasToldOfLoss = false;
     bool m_isSilent = false; // the last query got no answer, as often as it was asked

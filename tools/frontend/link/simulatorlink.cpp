@@ -4,12 +4,6 @@
 
 #include <utility>
 
-namespace {
-
-constexpr qint64 idleSliceMs = 40;
-
-} // namespace
-
 SimulatorLink::SimulatorLink(SimulatedSystem& system, Pace pace)
     : m_system(system), m_interpreter(system), m_pace(pace)
 {
@@ -58,7 +52,7 @@ qint64 SimulatorLink::msUntilReply() const
                                   : m_reply->deviceMs;
 }
 
-void SimulatorLink::pass(qint64 ms) const
+void SimulatorLink::pass(qint64 ms)
 {
     const qint64 endMs = m_devices.now() + ms;
     for (qint64 leftMs = ms; leftMs > 0; leftMs = endMs - m_devices.now()) {

@@ -26,7 +26,7 @@ public:
 
 private:
     qint64 msUntilReply() const;
-    void pass(qint64 ms) const;
+    void pass(qint64 ms);
 
     SimulatedSystem& m_system;
     CommandInterpreter m_interpreter;

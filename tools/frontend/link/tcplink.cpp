@@ -8,7 +8,6 @@ namespace {
 
 constexpr int maxReplyLine = 1024;
 constexpr int probeIntervalMs = 500;
-constexpr qint64 idleSliceMs = 40;
 constexpr char probeTag[] = "#power";
 constexpr char identityTag[] = "#identity";
 

@@ -1,27 +1,13 @@
 #include "runwitness.h"
 
-#include <algorithm>
-#include <initializer_list>
+#include <runmonitor.h>
 
 namespace {
-
-bool startsWithAny(const QByteArray& text, std::initializer_list<const char*> beginnings)
-{
-    return std::any_of(beginnings.begin(), beginnings.end(),
-                       [&](const char* beginning) { return text.startsWith(beginning); });
-}
 
 // A dialog that stays open after a failed run asks this again before it begins another one.
 bool precedesRun(Operation operation, const QByteArray& text)
 {
     return operation == Operation::GetString && text == "status active";
-}
-
-bool belongsToRun(Operation operation, const QByteArray& text)
-{
-    if (operation == Operation::SetValue)
-        return startsWithAny(text, {"system redirect_update ", "system update ", "system ctupdt "});
-    return operation == Operation::Command && text.startsWith("vornix2 set camera update ");
 }
 
 bool isRestart(Operation operation, const QByteArray& text)
@@ -59,7 +45,7 @@ void RunWitness::sending(Operation operation, const QByteArray& text)
 {
     if (precedesRun(operation, text))
         m_isRunning = false;
-    if (m_isRunning || !belongsToRun(operation, text))
+    if (m_isRunning || !RunMonitor::belongsToRun(operation, text))
         return;
     m_isRunning = true;
     emit runBegins();

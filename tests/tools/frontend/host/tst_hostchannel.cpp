@@ -58,6 +58,20 @@ private:
     const ScriptedLink& m_link;
 };
 
+/// Writes down what it sees.
+class WritingWatcher : public ChannelWatcher
+{
+public:
+    void sent(Operation /*operation*/, const QByteArray& text) override { seen += "sent: " + text; }
+    void answered(Operation /*operation*/, const QByteArray& text,
+                  const std::optional<Reply>& reply) override
+    {
+        seen += text + ": " + (reply ? reply->text : "no reply");
+    }
+
+    QStringList seen;
+};
+
 } // namespace
 
 class TestHostChannel : public QObject
@@ -85,6 +99,59 @@ private slots:
                               "2 texts before system redirect_update none",
                               "system redirect_update none: no reply",
                               "4 texts before system update 1 1 AB"}));
+    }
+
+    void watchersSeeAllThatIsSentAndHowItEnds()
+    {
+        ScriptedLink link;
+        HostChannel channel(link);
+        WritingWatcher watcher;
+        WritingWatcher another;
+        channel.addWatcher(watcher);
+        channel.addWatcher(another);
+        char reply[replyBytes];
+        channel.get_string(reply, "system hostname");
+        link.answer(refusal());
+        channel.set_value("system redirect_update none");
+        channel.prepare_reply(1, 20000, 1);
+        channel.set_value("system update 1 1 AB");
+        watcher.seen += "now it is waited for";
+        link.answer(QByteArray("vornix2 ok"));
+        channel.poll_reply(3);
+        channel.removeWatcher(another);
+        ++link.connectionNumber;
+        channel.set_value("system redirect_update none");
+        channel.prepare_reply(1, 20000, 1);
+        channel.set_value("system update 1 1 AB");
+        channel.poll_reply(3);
+        const QStringList connected = {
+            "sent: system hostname",
+            "sent: system hostname",
+            "sent: system hostname",
+            "system hostname: no reply",
+            "sent: system redirect_update none",
+            "system redirect_update none: vornix2 err -7",
+            "sent: system update 1 1 AB",
+            "now it is waited for",
+            "system update 1 1 AB: vornix2 ok",
+        };
+        QCOMPARE(watcher.seen, connected + QStringList({"system redirect_update none: no reply",
+                                                        "system update 1 1 AB: no reply"}));
+        QCOMPARE(another.seen.size(), connected.size() - 1);
+    }
+
+    void windowsArePaintedBetweenShortExchanges()
+    {
+        ScriptedLink link;
+        HostChannel channel(link);
+        int painted = 0;
+        link.setIdleWork([&] {
+            ++painted;
+            channel.set_value("nothing goes out meanwhile");
+        });
+        while (painted < 2)
+            channel.set_value("system update 9 1 AB");
+        QCOMPARE(link.log.filter("nothing"), QStringList());
     }
 
     void queryWithoutAnAnswerIsAskedAgain_data()
