@@ -48,8 +48,8 @@ struct DeliveredVersion
 /// The newest versions that devices of one kind would report after an update.
 struct NewestVersions
 {
-    DeliveredVersion pt;
-    DeliveredVersion ct;
+    DeliveredVersion pt; ///< what "system version" would tell
+    DeliveredVersion ct; ///< what "system controller_version" would tell
 };
 
 /// What the update files of a folder bring, read by the tools' own reader and not by the update
