@@ -41,6 +41,9 @@ public:
     /// Address of the connected controller, as dotted IPv4 text.
     virtual QString address() const = 0;
 
+    /// Gives up a connection on which nothing is answered any more; the next one is made by itself.
+    virtual void hangUp() {}
+
     /// Sets what is done now and then during waits of more than a moment, so that windows are not
     /// left unpainted. It must not send anything.
     void setIdleWork(const std::function<void()>& work) { m_idleWork = work; }

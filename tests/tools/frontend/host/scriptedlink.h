@@ -46,13 +46,19 @@ public:
     }
 
     bool isReachable() const override { return reachable; }
+    bool isOpen() const override { return open; }
     quint64 connection() const override { return connectionNumber; }
     QString address() const override { return linkAddress; }
+    void hangUp() override { ++hungUp; }
+    /// A moment of a long wait.
+    void idle() { doIdleWork(); }
 
     QStringList log;
     std::function<void()> duringWait; ///< what happens while a reply is waited for
     QVector<int> waitedMs;            ///< time-outs in the order of the waits
     bool reachable = true;
+    bool open = true;
+    int hungUp = 0;
     quint64 connectionNumber = 1;
     QString linkAddress = QStringLiteral("192.168.7.20");
 
