@@ -19,6 +19,9 @@ LineSocket::LineSocket(const Endpoint& peer, int maxLineBytes, QObject* parent)
     connect(&m_socket, &QTcpSocket::stateChanged, this, &LineSocket::handleState);
     m_retry.setSingleShot(true);
     connect(&m_retry, &QTimer::timeout, this, &LineSocket::open);
+    m_silence.setSingleShot(true);
+    m_silence.setInterval(answerMs);
+    connect(&m_silence, &QTimer::timeout, this, &LineSocket::endSilence);
 }
 
 LineSocket::~LineSocket()
@@ -38,6 +41,27 @@ void LineSocket::write(const QByteArray& bytes)
 {
     if (isOpen())
         m_socket.write(bytes);
+}
+
+void LineSocket::hangUp()
+{
+    if (isOpen())
+        m_socket.abort();
+}
+
+void LineSocket::expectLine()
+{
+    m_isLineDue = true;
+    if (!m_silence.isActive())
+        m_silence.start();
+}
+
+// What came while no event was served counts as well.
+void LineSocket::endSilence()
+{
+    waitForActivity(0);
+    if (m_isLineDue)
+        hangUp();
 }
 
 void LineSocket::waitForActivity(int timeoutMs)
@@ -67,6 +91,8 @@ void LineSocket::read()
         m_lines.append(m_socket.read(readBufferBytes));
         while (const std::optional<QByteArray> line = m_lines.takeLine()) {
             m_isOfUse = true;
+            m_isLineDue = false;
+            m_silence.stop();
             emit lineReceived(*line);
         }
     }
@@ -80,6 +106,7 @@ void LineSocket::handleState(QAbstractSocket::SocketState state)
         m_isOfUse = false;
         emit opened();
     } else if (state == QAbstractSocket::UnconnectedState) {
+        m_silence.stop();
         const bool wasOfUse = std::exchange(m_isOfUse, false);
         // At once after a connection that was good for something, else the peer gets some rest.
         m_retry.start(wasOfUse ? 0 : retryMs);

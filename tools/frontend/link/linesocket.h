@@ -13,6 +13,9 @@ class LineSocket : public QObject
     Q_OBJECT
 
 public:
+    /// How long a peer may take to say something that it is bound to say at once.
+    static constexpr int answerMs = 5000;
+
     /// @param maxLineBytes length at which a line of the peer is cut
     LineSocket(const Endpoint& peer, int maxLineBytes, QObject* parent = nullptr);
     ~LineSocket() override;
@@ -24,6 +27,11 @@ public:
 
     /// Sends bytes; they are dropped if there is no connection.
     void write(const QByteArray& bytes);
+
+    /// Gives the connection up, if there is one; the next one is made by itself.
+    void hangUp();
+    /// Gives it up unless a line comes within answerMs.
+    void expectLine();
 
     /// Waits until the connection comes or goes or something arrives on it. An attempt to connect
     /// that takes longer than the wait is given up.
@@ -45,11 +53,14 @@ signals:
 private:
     void waitForRetry(int timeoutMs);
     void read();
+    void endSilence();
     void handleState(QAbstractSocket::SocketState state);
 
     Endpoint m_peer;
     LineBuffer m_lines;
     QTcpSocket m_socket;
     QTimer m_retry;
+    QTimer m_silence;
+    bool m_isLineDue = false;
     bool m_isOfUse = false;
 };

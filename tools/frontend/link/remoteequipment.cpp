@@ -13,6 +13,7 @@ constexpr int maxToldCharacters = 200;
 constexpr int catchUpMs = 1000;
 constexpr char stateTag[] = "#state";
 constexpr char identityTag[] = "#identity";
+constexpr char aliveTag[] = "#alive";
 
 } // namespace
 
@@ -24,6 +25,11 @@ RemoteEquipment::RemoteEquipment(const Endpoint& peer, Scenario scenario, QByteA
     connect(&m_socket, &LineSocket::opened, this, &RemoteEquipment::handleOpened);
     connect(&m_socket, &LineSocket::lineReceived, this, &RemoteEquipment::handleLine);
     connect(&m_socket, &LineSocket::closed, this, &RemoteEquipment::handleClosed);
+    m_quiet.setInterval(quietMs);
+    connect(&m_quiet, &QTimer::timeout, this, [this] {
+        m_socket.write(equipmentLine(aliveTag, "power"));
+        m_socket.expectLine();
+    });
     m_socket.open();
 }
 
@@ -51,6 +57,8 @@ void RemoteEquipment::handleOpened()
         m_socket.write(equipmentLine(identityTag, "identity"));
     // The answer to this one counts only if that to the other one was right.
     askForState("watch");
+    m_socket.expectLine();
+    m_quiet.start();
 }
 
 void RemoteEquipment::handleIdentity(const QByteArray& identity)
@@ -77,6 +85,7 @@ void RemoteEquipment::perform(const EquipmentCommand& command)
 
 void RemoteEquipment::handleLine(const QByteArray& line)
 {
+    m_quiet.start();
     QByteArray state = line;
     if (takeWord(&state) == "state") {
         if (!m_isExchanged)
@@ -99,6 +108,7 @@ void RemoteEquipment::handleLine(const QByteArray& line)
 void RemoteEquipment::handleClosed()
 {
     m_statesAskedFor = 0;
+    m_quiet.stop();
     if (!std::exchange(m_isAtHand, false))
         return;
     tell(tr("The connection to %1 is lost.").arg(m_peer.text()));

@@ -6,12 +6,16 @@
 
 #include <QElapsedTimer>
 
-/// The equipment of a system in another process, as it last told of itself.
+/// The equipment of a system in another process, as it last told of itself. One that says nothing
+/// for a while is asked whether it is there, and is not at hand if it stays silent.
 class RemoteEquipment final : public Equipment
 {
     Q_OBJECT
 
 public:
+    /// How long it is left alone that says nothing.
+    static constexpr int quietMs = 1000;
+
     /// @param scenario the one of that system
     /// @param identity of that system; empty: whatever answers will do
     RemoteEquipment(const Endpoint& peer, Scenario scenario, QByteArray identity = QByteArray());
@@ -41,6 +45,7 @@ private:
     EquipmentReport m_report;
     QElapsedTimer m_reportAge;
     LineSocket m_socket;
+    QTimer m_quiet;
     bool m_isAtHand = false;
     bool m_isExchanged = false;
     int m_statesAskedFor = 0;

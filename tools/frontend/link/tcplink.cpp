@@ -89,7 +89,13 @@ void TcpLink::catchUp(int timeoutMs)
 // Only those beside the equipment tell whether the controllers behind it are up.
 void TcpLink::probe()
 {
-    m_socket.write(equipmentLine(probeTag, "power"));
+    question(probeTag, "power");
+}
+
+void TcpLink::question(const QByteArray& tag, const QByteArray& text)
+{
+    m_socket.write(equipmentLine(tag, text));
+    m_socket.expectLine();
 }
 
 void TcpLink::handleOpened()
@@ -98,7 +104,7 @@ void TcpLink::handleOpened()
     if (m_identity.isEmpty())
         begin();
     else
-        m_socket.write(equipmentLine(identityTag, "identity"));
+        question(identityTag, "identity");
 }
 
 void TcpLink::begin()

@@ -10,6 +10,8 @@
 ///
 /// A connection that is lost is made anew by itself. A text that was under way then is lost, and is
 /// never sent a second time. Nothing is sent to another system than the one that was there first.
+/// A peer that is silent when it is asked which system it is, and whether that has power, is given
+/// up and tried again.
 class TcpLink final : public QObject, public CommandLink
 {
     Q_OBJECT
@@ -28,6 +30,7 @@ public:
     bool isOpen() const override { return m_isKnown; }
     quint64 connection() const override { return m_connection; }
     QString address() const override { return m_controllerAddress; }
+    void hangUp() override { m_socket.hangUp(); }
 
 private:
     void waitForActivity(const QDeadlineTimer& deadline, const QDeadlineTimer& slice);
@@ -36,6 +39,7 @@ private:
     void handleClosed(bool wasOfUse);
     void begin();
     void probe();
+    void question(const QByteArray& tag, const QByteArray& text);
 
     QString m_controllerAddress;
     QByteArray m_identity;

@@ -185,6 +185,35 @@ private slots:
         QCOMPARE(remote.trouble.size(), 5);
     }
 
+    // It holds its connection and says nothing, as when a cable is pulled. Takes the 5 s that such
+    // a peer is waited for.
+    void silentSystemIsNotAtHand()
+    {
+        const QByteArray state = stateOf("single");
+        const auto tellOnce = [&](PeerConnection& connection) {
+            connection.readLine();
+            connection.write("#state ok " + state + '\n');
+            connection.waitUntilClosed();
+        };
+        ScriptedPeer peer({tellOnce, tellOnce});
+        Remote remote(peer.endpoint(), "single");
+        QTRY_VERIFY(remote.equipment.isAtHand());
+        QTRY_COMPARE(
+            remote.trouble,
+            QStringList{QString("The connection to %1 is lost.").arg(peer.endpoint().text())});
+        QTRY_VERIFY(remote.equipment.isAtHand());
+    }
+
+    void systemThatIsThereStaysAtHand()
+    {
+        Served served("single");
+        Remote remote(served.at, "single");
+        QTRY_VERIFY(remote.equipment.isAtHand());
+        QTest::qWait(LineSocket::answerMs + 2 * RemoteEquipment::quietMs); // nothing is to happen
+        QVERIFY(remote.equipment.isAtHand());
+        QCOMPARE(remote.trouble, QStringList());
+    }
+
     void systemThatCameBackIsFollowedAgain()
     {
         Served served("cascade");

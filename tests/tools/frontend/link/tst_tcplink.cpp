@@ -376,6 +376,49 @@ private slots:
         QCOMPARE(link.hostName(), QByteArray("zan-master"));
     }
 
+    void silentPeerIsGivenUpOnDemand()
+    {
+        ScriptedPeer peer({neverAnswer, answerAll});
+        Link link(peer.endpoint());
+        const quint64 first = link.tcp.connection();
+        link.tcp.hangUp();
+        QCOMPARE(link.tcp.connection(), first + 1);
+        QVERIFY(!link.tcp.isOpen());
+        QCOMPARE(link.hostName(), QByteArray("zan-master"));
+        link.tcp.hangUp();
+        link.tcp.hangUp(); // nothing is left to be given up
+        QCOMPARE(link.tcp.connection(), first + 2);
+    }
+
+    // Takes the 5 s that such a peer is waited for.
+    void peerThatIsSilentFromTheBeginIsTriedAgain_data()
+    {
+        QTest::addColumn<bool>("saysWhoItIs");
+        QTest::newRow("it does not say who it is") << false;
+        QTest::newRow("it does not say whether it has power") << true;
+    }
+
+    void peerThatIsSilentFromTheBeginIsTriedAgain()
+    {
+        QFETCH(const bool, saysWhoItIs);
+        const auto tellIdentity = [](PeerConnection& connection) {
+            connection.readLine();
+            connection.write("#identity ok mine\n");
+        };
+        ScriptedPeer peer({[&](PeerConnection& connection) {
+                               if (saysWhoItIs)
+                                   tellIdentity(connection);
+                               connection.waitUntilClosed();
+                           },
+                           [&](PeerConnection& connection) {
+                               tellIdentity(connection);
+                               answerAll(connection);
+                           }});
+        TcpLink link(peer.endpoint(), "192.168.7.20", "mine");
+        QTRY_VERIFY(link.isOpen() && link.isReachable());
+        QCOMPARE(link.connection(), quint64(1));
+    }
+
     void eachLossIsCounted()
     {
         const auto once = [](PeerConnection& connection) {
