@@ -120,6 +120,13 @@ void adoptAll(QVector<Device>* devices, const QVector<Memory>& memories, Power p
 
 } // namespace
 
+QByteArray scenarioToJson(const Scenario& scenario)
+{
+    return oneLine(
+        {{QStringLiteral("name"), scenario.name},
+         {QStringLiteral("scenario"), QJsonDocument::fromJson(scenario.source).object()}});
+}
+
 QByteArray systemIdentity(const QByteArray& scenario)
 {
     return QCryptographicHash::hash(scenario, QCryptographicHash::Sha256).toHex();

@@ -10,8 +10,11 @@
 /// What is seen of equipment and done to it, as lines of a connection; docs/simulator.md describes
 /// them as those of the bench. All functions are safe to use from any thread.
 
+/// The answer to the line "scenario".
+QByteArray scenarioToJson(const Scenario& scenario);
+
 /// What tells one system from another: two are the same if they are made of the same scenario.
-/// @param scenario the answer to the line "scenario"
+/// @param scenario from scenarioToJson()
 QByteArray systemIdentity(const QByteArray& scenario);
 
 /// The line that asks for @p command, without the word before it.

@@ -8,6 +8,7 @@
 #include <reportedversion.h>
 #include <searchhardwaredlg.h>
 #include <simulatedaccess.h>
+#include <stepbackbox.h>
 #include <theme.h>
 #include <transcript.h>
 
@@ -61,7 +62,8 @@ Frontend::Frontend(Scenario scenario, const Options& options)
 Frontend::Frontend(std::unique_ptr<SystemAccess> access, const Options& options)
     : m_options(options), m_access(std::move(access)), m_channel(m_access->link()),
       m_window(m_access->equipment(), isObserver(*m_access, options)),
-      m_runs(m_channel, runFolder(options)), m_results(&m_window), m_lock(options.stateDir),
+      m_runs(m_channel, runFolder(options), QString::fromLatin1(m_access->identity())),
+      m_results(&m_window), m_lock(options.stateDir),
       m_module(m_channel, m_window,
                {options.pluginFile, options.recordFile, m_access->transcript(),
                 isObserver(*m_access, options)})
@@ -97,6 +99,8 @@ void Frontend::watchRuns()
     connect(&m_runs, &RunFollower::runChanged, this,
             [this] { m_window.setHasResults(m_runs.hasRun()); });
     connect(&m_runs, &RunFollower::resultChanged, this, &Frontend::showResults);
+    m_runs.setPermission(
+        [this](const QVector<StepBack>& steps) { return allowsStepsBack(steps, &m_window); });
 }
 
 void Frontend::watchModule()

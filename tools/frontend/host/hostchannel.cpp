@@ -134,7 +134,8 @@ std::optional<Reply> HostChannel::ask(Operation operation, const QByteArray& tex
     const int attempts = isQuery(operation) && !m_isSilent ? maxAttempts : 1;
     std::optional<Reply> reply;
     for (int attempt = 0; attempt < attempts && !reply && isCurrent(); ++attempt) {
-        send(operation, text);
+        if (!send(operation, text))
+            break;
         reply = waitForReply(defaultTimeoutMs);
     }
     if (reply || isQuery(operation))
@@ -169,13 +170,15 @@ std::optional<Reply> HostChannel::waitForReply(int timeoutMs)
     return m_link.wait(timeoutMs);
 }
 
-void HostChannel::send(Operation operation, const QByteArray& text)
+bool HostChannel::send(Operation operation, const QByteArray& text)
 {
-    if (m_listener)
-        m_listener->sending(operation, text);
+    // The connection may be lost while the listener makes up its mind.
+    if (m_listener && !(m_listener->sending(operation, text) && isCurrent()))
+        return false;
     m_link.send(operation, text);
     for (ChannelWatcher* watcher : qAsConst(m_watchers))
         watcher->sent(operation, text);
+    return true;
 }
 
 void HostChannel::tellAnswered(Operation operation, const QByteArray& text,
@@ -190,13 +193,17 @@ int HostChannel::sendOrStart(Operation operation, const QByteArray& text, char* 
     if (!m_preparedTimeoutMs)
         return result(takeReply(exchange(operation, text), reply));
 
+    const int timeoutMs = *std::exchange(m_preparedTimeoutMs, std::nullopt);
     finishPending();
     if (!maySend(operation, text))
         return failure;
-    send(operation, text);
-    m_pending = Pending{operation, text, reply, *m_preparedTimeoutMs, {}, std::nullopt};
+    m_pending.reset();
+    if (!send(operation, text)) {
+        tellAnswered(operation, text, std::nullopt);
+        return failure;
+    }
+    m_pending = Pending{operation, text, reply, timeoutMs, {}, std::nullopt};
     m_pending->age.start();
-    m_preparedTimeoutMs.reset();
     return success;
 }
 

@@ -14,8 +14,9 @@ class ChannelListener
 {
 public:
     virtual ~ChannelListener() = default;
-    /// A text is about to be sent.
-    virtual void sending(Operation operation, const QByteArray& text) = 0;
+    /// A text is about to be sent. Queries may be asked meanwhile, and users.
+    /// @return whether it may go; if not, the call fails as without an answer
+    virtual bool sending(Operation operation, const QByteArray& text) = 0;
     /// The exchange of a text is over; nullopt: no reply came. Prepared texts, whose reply comes
     /// later, are left out.
     virtual void answered(Operation operation, const QByteArray& text,
@@ -99,7 +100,7 @@ private:
                       const std::optional<Reply>& reply);
     std::optional<Reply> waitForReply(int timeoutMs);
     void letWindowsPaint();
-    void send(Operation operation, const QByteArray& text);
+    bool send(Operation operation, const QByteArray& text);
 
     CommandLink& m_link;
     ChannelListener* m_listener = nullptr;

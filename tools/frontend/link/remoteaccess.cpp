@@ -93,7 +93,8 @@ std::unique_ptr<RemoteAccess> RemoteAccess::connectTo(const Endpoint& peer, QStr
 
 RemoteAccess::RemoteAccess(const Endpoint& peer, const Scenario& scenario,
                            const QByteArray& identity)
-    : m_equipment(peer, scenario, identity), m_link(peer, scenario.address(), identity)
+    : m_identity(identity), m_equipment(peer, scenario, identity),
+      m_link(peer, scenario.address(), identity)
 {
     // So that nothing is shown at first that is not so.
     m_equipment.catchUp();

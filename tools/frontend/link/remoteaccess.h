@@ -18,6 +18,7 @@ public:
 
     CommandLink& link() override { return m_link; }
     Equipment& equipment() override { return m_equipment; }
+    QByteArray identity() const override { return m_identity; }
     bool isExchanged() const override { return m_equipment.isExchanged(); }
     /// The other process keeps its state itself.
     bool keepState(const QString& /*stateDir*/, bool /*fresh*/, QString* /*remark*/) override
@@ -28,6 +29,7 @@ public:
 private:
     RemoteAccess(const Endpoint& peer, const Scenario& scenario, const QByteArray& identity);
 
+    QByteArray m_identity;
     RemoteEquipment m_equipment;
     TcpLink m_link;
 };

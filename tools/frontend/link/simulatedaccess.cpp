@@ -2,6 +2,8 @@
 
 #include "simulatorlink.h"
 
+#include <equipmentlanguage.h>
+
 #include <utility>
 
 namespace {
@@ -38,6 +40,11 @@ CommandLink& SimulatedAccess::link()
 Equipment& SimulatedAccess::equipment()
 {
     return *m_system;
+}
+
+QByteArray SimulatedAccess::identity() const
+{
+    return systemIdentity(scenarioToJson(m_system->scenario()));
 }
 
 bool SimulatedAccess::keepState(const QString& stateDir, bool fresh, QString* remark)

@@ -27,6 +27,7 @@ public:
 
     CommandLink& link() override;
     Equipment& equipment() override;
+    QByteArray identity() const override;
     bool keepState(const QString& stateDir, bool fresh, QString* remark) override;
 
 private:

@@ -17,6 +17,9 @@ public:
     /// The equipment beside it; lives as long as the access.
     virtual Equipment& equipment() = 0;
 
+    /// What tells this system from others, also from one start to the next; empty if nothing does.
+    virtual QByteArray identity() const { return QByteArray(); }
+
     /// What answers the module in the place of the controllers; null if they do.
     virtual const Transcript* transcript() const { return nullptr; }
 

@@ -21,6 +21,7 @@ const QVector<BoxRule>& namedBoxes()
     static const QVector<BoxRule> rules = {
         {"deliveryRefused", QMessageBox::Ok, "delivery-refused", true},
         {"deliveryDeparts", QMessageBox::Ok, "delivery-departs"},
+        {"stepsBack", QMessageBox::NoButton, "steps-back", true},
     };
     return rules;
 }

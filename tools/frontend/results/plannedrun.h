@@ -55,6 +55,7 @@ struct PlannedRun
 
     QDateTime started;              ///< when the operator started it
     QString system;                 ///< address of the master
+    QString identity;               ///< tells the system from others at that address; or empty
     QVector<PlannedUpdate> updates; ///< in the order of the table
     bool hasEnded = false;          ///< false as well for a run during which the frontend died
     bool hasRestarted = false;      ///< the controllers were restarted after it

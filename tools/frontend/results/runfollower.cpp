@@ -1,13 +1,13 @@
 #include "runfollower.h"
 
 #include "releasecatalogue.h"
-#include "updateplan.h"
-
 #include <reply.h>
 
 #include <QCoreApplication>
 #include <QScopedValueRollback>
 #include <QTableView>
+
+#include <utility>
 
 namespace {
 
@@ -25,8 +25,8 @@ const QAbstractItemModel* updateTable(const QList<QPointer<QWidget>>& windows)
 
 } // namespace
 
-RunFollower::RunFollower(HostChannel& channel, const QString& folder)
-    : m_channel(channel), m_store(folder)
+RunFollower::RunFollower(HostChannel& channel, const QString& folder, QString identity)
+    : m_channel(channel), m_store(folder), m_identity(std::move(identity))
 {
     m_channel.setListener(&m_witness);
     connect(&m_witness, &RunWitness::runBegins, this, &RunFollower::beginRun);
@@ -71,16 +71,34 @@ void RunFollower::beginRun()
         emit message(tr("An update begins, but there is no table that tells what is planned."));
         return;
     }
+    const UpdatePlan plan =
+        readPlan(*table, m_witness.lastAnswers(),
+                 ReleaseCatalogue::readHeads(updateFolder(QCoreApplication::applicationDirPath())));
+    if (!mayRun(plan)) {
+        m_witness.refuseRun();
+        emit message(tr("The run was stopped before its first record. Nothing was sent."));
+        return;
+    }
     PlannedRun run;
     run.started = QDateTime::currentDateTime();
     run.system = connectedSystem();
-    run.updates = plannedUpdates(
-        *table, m_witness.lastAnswers(),
-        ReleaseCatalogue::readHeads(updateFolder(QCoreApplication::applicationDirPath())));
+    run.identity = m_identity;
+    run.updates = plan.updates;
     m_run = run;
     note(tr("The run began."));
     save();
     emit runChanged();
+}
+
+bool RunFollower::mayRun(const UpdatePlan& plan)
+{
+    const QScopedValueRollback<bool> asking(m_isAsking, true);
+    const SystemReport known = m_witness.lastKnown();
+    ChannelQueries queries(m_channel);
+    const QVector<StepBack> back = stepsBack(plan.steps, SystemReport::ask(queries), known);
+    for (const StepBack& step : back)
+        emit message(stepBackText(step));
+    return back.isEmpty() || (m_permission && m_permission(back));
 }
 
 void RunFollower::noteRestart(bool isTaken)
@@ -141,9 +159,10 @@ bool RunFollower::askDevices()
     if (!m_run || m_run->isSettled() || m_isAsking)
         return false;
     const QScopedValueRollback<bool> asking(m_isAsking, true);
-    if (m_run->system != connectedSystem()) {
-        emit message(
-            tr("The last run was at %1, and is not compared with this system.").arg(m_run->system));
+    if (!isOfConnectedSystem(*m_run)) {
+        emit message(tr("The last run was at another system, then at %1, and is not compared with "
+                        "this one.")
+                         .arg(m_run->system));
         return false;
     }
     ChannelQueries queries(m_channel);
@@ -158,6 +177,12 @@ void RunFollower::judge()
     save();
     emit message(m_run->summary());
     emit resultChanged();
+}
+
+bool RunFollower::isOfConnectedSystem(const PlannedRun& run)
+{
+    return run.system == connectedSystem() &&
+           (run.identity.isEmpty() || run.identity == m_identity);
 }
 
 QString RunFollower::connectedSystem()

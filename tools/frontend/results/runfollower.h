@@ -2,6 +2,8 @@
 
 #include "runstore.h"
 #include "runwitness.h"
+#include "stepsback.h"
+#include "updateplan.h"
 
 #include <ModuleInterface.h>
 
@@ -9,20 +11,32 @@
 #include <QPointer>
 #include <QWidget>
 
+#include <functional>
+
 /// Follows each run of the update dialog from its plan to what became of it: keeps the plan when
 /// the operator starts the run, asks the devices when they can have changed, and tells the outcome.
 ///
-/// It questions devices only in the calls that say so, which are for moments in which no module is
-/// in the middle of something. To be used from the user interface thread.
+/// Before the first text of a run it asks the devices what they run, and lets go a run that would
+/// take one of them back only with permission. Otherwise it questions devices only in the calls
+/// that say so, which are for moments in which no module is in the middle of something. To be used
+/// from the user interface thread.
 class RunFollower : public QObject
 {
     Q_OBJECT
 
 public:
+    /// Says whether a run may go that takes devices back, which are given and never none. Called in
+    /// the middle of a module's call, which waits for it.
+    using Permission = std::function<bool(const QVector<StepBack>&)>;
+
     /// @param channel must outlive this object
     /// @param folder where the runs are kept
-    RunFollower(HostChannel& channel, const QString& folder);
+    /// @param identity tells the system from others at the same address; empty: nothing does
+    RunFollower(HostChannel& channel, const QString& folder, QString identity = QString());
     ~RunFollower() override;
+
+    /// Who is asked for permission. Without anybody a run that takes a device back is stopped.
+    void setPermission(const Permission& permission) { m_permission = permission; }
 
     /// Reads the last run. Problems come as message().
     void load();
@@ -58,10 +72,12 @@ signals:
 
 private:
     void beginRun();
+    bool mayRun(const UpdatePlan& plan);
     void noteRestart(bool isTaken);
     /// @return whether anything has changed
     bool askDevices();
     void judge();
+    bool isOfConnectedSystem(const PlannedRun& run);
     QString connectedSystem();
     void noteEnd();
     void note(const QString& text);
@@ -71,6 +87,8 @@ private:
     RunStore m_store;
     RunWitness m_witness;
     QList<QPointer<QWidget>> m_windows;
+    QString m_identity;
+    Permission m_permission;
     std::optional<PlannedRun> m_run;
     bool m_isAsking = false;
 };

@@ -53,13 +53,10 @@ QByteArray toJson(const PlannedRun& run)
     QJsonArray events;
     for (const PlannedRun::Event& event : run.events)
         events += QJsonObject{{"time", toText(event.time)}, {"text", event.text}};
-    const QJsonObject object{{"format", formatName},
-                             {"started", toText(run.started)},
-                             {"system", run.system},
-                             {"hasEnded", run.hasEnded},
-                             {"updates", updates},
-                             {"events", events},
-                             {"hasRestarted", run.hasRestarted}};
+    const QJsonObject object{{"format", formatName},     {"started", toText(run.started)},
+                             {"system", run.system},     {"identity", run.identity},
+                             {"hasEnded", run.hasEnded}, {"updates", updates},
+                             {"events", events},         {"hasRestarted", run.hasRestarted}};
     return QJsonDocument(object).toJson();
 }
 
@@ -97,6 +94,7 @@ std::optional<PlannedRun> readRun(const QByteArray& json, const QString& fileNam
     PlannedRun run;
     run.started = readTime(&object, "started");
     run.system = object.text("system");
+    run.identity = object.text("identity", QString());
     run.hasEnded = object.flag("hasEnded", false);
     run.hasRestarted = object.flag("hasRestarted", false);
     for (const CheckedObject& update : object.objects("updates"))

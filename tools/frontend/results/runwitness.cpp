@@ -41,14 +41,17 @@ private:
 
 } // namespace
 
-void RunWitness::sending(Operation operation, const QByteArray& text)
+bool RunWitness::sending(Operation operation, const QByteArray& text)
 {
     if (precedesRun(operation, text))
-        m_isRunning = false;
-    if (m_isRunning || !RunMonitor::belongsToRun(operation, text))
-        return;
-    m_isRunning = true;
-    emit runBegins();
+        endRun();
+    if (!RunMonitor::belongsToRun(operation, text))
+        return true;
+    if (m_run == Run::None) {
+        m_run = Run::UnderWay;
+        emit runBegins();
+    }
+    return isRunning();
 }
 
 void RunWitness::answered(Operation operation, const QByteArray& text,
@@ -60,14 +63,22 @@ void RunWitness::answered(Operation operation, const QByteArray& text,
         emit restartAccepted();
     if (operation != Operation::GetString && operation != Operation::GetInt)
         return;
-    if (reply && reply->ok)
-        m_answers.insert(text, *reply);
-    else
+    if (!reply || !reply->ok) {
         m_answers.remove(text);
+        return;
+    }
+    m_answers.insert(text, *reply);
+    m_known.insert(text, *reply);
 }
 
 SystemReport RunWitness::lastAnswers() const
 {
     Memory memory(m_answers);
+    return SystemReport::ask(memory);
+}
+
+SystemReport RunWitness::lastKnown() const
+{
+    Memory memory(m_known);
     return SystemReport::ask(memory);
 }

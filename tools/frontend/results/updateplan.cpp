@@ -74,7 +74,7 @@ public:
     }
 
     void takeRow(const QAbstractItemModel& table, int row);
-    QVector<PlannedUpdate> updates() const;
+    UpdatePlan plan() const;
 
 private:
     void addTrackingSoftware(Step step);
@@ -84,6 +84,7 @@ private:
     const SystemReport& m_before;
     const ReleaseCatalogue& m_releases;
     QVector<Step> m_chains;
+    QVector<PlannedUpdate> m_steps;
     QHash<QString, VersionInfo> m_ct; // by host name, as far as the run has come
 };
 
@@ -119,12 +120,12 @@ void Planner::takeRow(const QAbstractItemModel& table, int row)
         add(step);
 }
 
-QVector<PlannedUpdate> Planner::updates() const
+UpdatePlan Planner::plan() const
 {
-    QVector<PlannedUpdate> updates;
+    UpdatePlan plan{{}, m_steps};
     for (const Step& chain : m_chains)
-        updates += chain.update;
-    return updates;
+        plan.updates += chain.update;
+    return plan;
 }
 
 void Planner::addTrackingSoftware(Step step)
@@ -138,9 +139,11 @@ void Planner::addTrackingSoftware(Step step)
         update.isExact = true;
     }
     add(step);
-    if (!release || !controller || controller->ct.isEmpty())
+    if (!release || !controller)
         return;
-    const VersionInfo ct = m_ct.value(update.device, reportedVersion(controller->ct));
+    const VersionInfo reported =
+        controller->ct.isEmpty() ? VersionInfo(0, 0, 0) : reportedVersion(controller->ct);
+    const VersionInfo ct = m_ct.value(update.device, reported);
     const VersionInfo newCt = release->ctAfter(ct);
     if (newCt == ct)
         return;
@@ -154,6 +157,8 @@ void Planner::addTrackingSoftware(Step step)
 void Planner::add(const Step& step)
 {
     const PlannedUpdate& update = step.update;
+    if (update.outcome != Outcome::Skipped)
+        m_steps += update;
     if (update.part == Part::ControllerFirmware && update.outcome != Outcome::Skipped)
         m_ct.insert(update.device, reportedVersion(update.planned));
     const auto chain = std::find_if(m_chains.begin(), m_chains.end(), [&](const Step& it) {
@@ -188,11 +193,11 @@ bool isUpdateTable(const QAbstractItemModel& table)
     return titles == columnTitles();
 }
 
-QVector<PlannedUpdate> plannedUpdates(const QAbstractItemModel& table, const SystemReport& before,
-                                      const ReleaseCatalogue& releases)
+UpdatePlan readPlan(const QAbstractItemModel& table, const SystemReport& before,
+                    const ReleaseCatalogue& releases)
 {
     Planner planner(before, releases);
     for (int row = 0; row < table.rowCount(); ++row)
         planner.takeRow(table, row);
-    return planner.updates();
+    return planner.plan();
 }

@@ -3,9 +3,6 @@
 #include <equipmentlanguage.h>
 #include <wirelanguage.h>
 
-#include <QJsonDocument>
-#include <QJsonObject>
-
 #include <algorithm>
 #include <iterator>
 
@@ -21,15 +18,12 @@ EquipmentAnswer failed(const QString& reason)
 
 EquipmentAnswer tellScenario(const SimulatedSystem& system)
 {
-    const QJsonObject object{
-        {QStringLiteral("name"), system.scenario().name},
-        {QStringLiteral("scenario"), QJsonDocument::fromJson(system.scenario().source).object()}};
-    return {true, QJsonDocument(object).toJson(QJsonDocument::Compact), false};
+    return {true, scenarioToJson(system.scenario()), false};
 }
 
 EquipmentAnswer tellIdentity(const SimulatedSystem& system)
 {
-    return {true, systemIdentity(tellScenario(system).text), false};
+    return {true, systemIdentity(scenarioToJson(system.scenario())), false};
 }
 
 EquipmentAnswer tellState(const SimulatedSystem& system)

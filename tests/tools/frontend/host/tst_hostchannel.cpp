@@ -42,9 +42,12 @@ class WritingListener : public ChannelListener
 public:
     explicit WritingListener(const ScriptedLink& link) : m_link(link) {}
 
-    void sending(Operation /*operation*/, const QByteArray& text) override
+    bool sending(Operation /*operation*/, const QByteArray& text) override
     {
         heard += QStringLiteral("%1 texts before %2").arg(m_link.log.size()).arg(QString(text));
+        if (beforeSending)
+            beforeSending();
+        return !text.startsWith(refused);
     }
     void answered(Operation /*operation*/, const QByteArray& text,
                   const std::optional<Reply>& reply) override
@@ -53,6 +56,8 @@ public:
     }
 
     QStringList heard;
+    QByteArray refused = "nothing"; ///< texts that begin so
+    std::function<void()> beforeSending;
 
 private:
     const ScriptedLink& m_link;
@@ -152,6 +157,80 @@ private slots:
         while (painted < 2)
             channel.set_value("system update 9 1 AB");
         QCOMPARE(link.log.filter("nothing"), QStringList());
+    }
+
+    void textThatTheListenerRefusesIsNotSent()
+    {
+        ScriptedLink link;
+        HostChannel channel(link);
+        WritingListener listener(link);
+        listener.refused = "system update";
+        channel.setListener(&listener);
+        link.answer("vornix2 ok");
+        Buffer buffer;
+        QVERIFY(channel.set_value("system update 2 1 AB") != 0);
+        channel.prepare_reply(1, 20000, 1);
+        QVERIFY(channel.set_value("system update 2 2 AB") != 0);
+        QVERIFY(channel.poll_reply(3) != 0);
+        QCOMPARE(link.log, QStringList());
+        // What was prepared is over with it.
+        QCOMPARE(channel.send_command(buffer.bytes.data(), "vornix2 reinit"), 0);
+        QCOMPARE(link.log, (QStringList{"command vornix2 reinit", "wait"}));
+        channel.setListener(nullptr);
+    }
+
+    void refusedTextDoesNotEndWithAnEarlierReply()
+    {
+        ScriptedLink link;
+        HostChannel channel(link);
+        WritingListener listener(link);
+        listener.refused = "system update";
+        channel.setListener(&listener);
+        link.answer("vornix2 ok");
+        Buffer buffer;
+        channel.prepare_reply(1, 20000, 0);
+        channel.send_command(buffer.bytes.data(), "vornix2 reinit"); // and nobody polls
+        channel.prepare_reply(1, 20000, 1);
+        QVERIFY(channel.set_value("system update 1 1 AB") != 0);
+        QVERIFY(channel.poll_reply(3) != 0);
+        channel.setListener(nullptr);
+    }
+
+    void listenerMayAskMeanwhile()
+    {
+        ScriptedLink link;
+        HostChannel channel(link);
+        WritingListener listener(link);
+        char version[replyBytes] = {};
+        listener.beforeSending = [&] {
+            if (listener.heard.size() == 1)
+                channel.get_string(version, "system version");
+        };
+        channel.setListener(&listener);
+        link.answer("v3.3.0");
+        link.answer(QByteArray());
+        channel.prepare_reply(1, 20000, 1);
+        QCOMPARE(channel.set_value("system update 1 1 AB"), 0);
+        QCOMPARE(channel.poll_reply(3), 0);
+        QCOMPARE(version, "v3.3.0");
+        QCOMPARE(link.log, (QStringList{"get_string system version", "wait",
+                                        "set_value system update 1 1 AB", "wait"}));
+        QVERIFY(link.waitedMs.constLast() > 19000);
+        channel.setListener(nullptr);
+    }
+
+    void lossWhileTheListenerThinksIsALoss()
+    {
+        ScriptedLink link;
+        HostChannel channel(link);
+        WritingListener listener(link);
+        listener.beforeSending = [&] {
+            ++link.connectionNumber;
+        };
+        channel.setListener(&listener);
+        QVERIFY(channel.set_value("system redirect_update none") != 0);
+        QCOMPARE(link.log, QStringList());
+        channel.setListener(nullptr);
     }
 
     void queryWithoutAnAnswerIsAskedAgain_data()

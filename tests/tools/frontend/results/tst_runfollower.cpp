@@ -36,8 +36,8 @@ struct Start
     Start(SimulatedSite& equipment, const FixtureFolder& folder,
           std::initializer_list<UpdateTable::Row> rows)
         : link(equipment.system, SimulatorLink::Pace::Fast), channel(link),
-          follower(channel, folder.path("runs")), table(rows, &window),
-          shown(&follower, &RunFollower::resultChanged)
+          follower(channel, folder.path("runs"), "system " + equipment.system.scenario().title),
+          table(rows, &window), shown(&follower, &RunFollower::resultChanged)
     {
         QObject::connect(&follower, &RunFollower::message,
                          [this](const QString& text) { messages += text; });
@@ -161,6 +161,11 @@ private slots:
     void cameraThatComesBackOldHasFailed();
     void cameraThatNeverComesBackIsUnconfirmed();
     void secondRunTakesThePlaceOfTheFirst();
+    void stepBackGoesWithPermissionOnly_data();
+    void stepBackGoesWithPermissionOnly();
+    void stoppedRunIsNone();
+    void lastKnownVersionStandsAgainstThePlan();
+    void anotherSystemIsNotCompared_data();
     void anotherSystemIsNotCompared();
     void damagedFileIsSetAside();
     void runWithoutATableIsTold();
@@ -396,8 +401,117 @@ void TestRunFollower::secondRunTakesThePlaceOfTheFirst()
     QCOMPARE(QDir(folder.path("runs")).entryList({"*.json"}, QDir::Files).size(), 2);
 }
 
+namespace {
+
+// As the table stands when the master did not tell that it runs v3.1.0.
+const UpdateTable::Row oldRow = {
+    true, {"Firmware update (zan-master)", "v0.0.0", "v3.0.0", "yes", "yes"}};
+const QString stepBack = "Tracking software of zan-master: runs v3.1.0, would get v3.0.0";
+const QString stopped = "The run was stopped before its first record. Nothing was sent.";
+
+Fault silenceAt(const QByteArray& request)
+{
+    Fault fault;
+    fault.mode = FaultMode::StaySilent;
+    fault.request = request;
+    fault.times = 0;
+    return fault;
+}
+
+} // namespace
+
+void TestRunFollower::stepBackGoesWithPermissionOnly_data()
+{
+    QTest::addColumn<bool>("isAsked");
+    QTest::addColumn<bool>("isAllowed");
+    QTest::newRow("nobody is there to be asked") << false << false;
+    QTest::newRow("the user stops it") << true << false;
+    QTest::newRow("the user wants it so") << true << true;
+}
+
+void TestRunFollower::stepBackGoesWithPermissionOnly()
+{
+    QFETCH(const bool, isAsked);
+    QFETCH(const bool, isAllowed);
+    SimulatedSite equipment(scenarioWith("cascade"));
+    const FixtureFolder folder;
+    Start start(equipment, folder, {oldRow});
+    QStringList asked;
+    if (isAsked) {
+        start.follower.setPermission([&](const QVector<StepBack>& steps) {
+            for (const StepBack& step : steps)
+                asked += stepBackText(step);
+            return isAllowed;
+        });
+    }
+    start.update("none", "update", trackingSoftware({3, 0, 0}));
+    QCOMPARE(asked, isAsked ? QStringList{stepBack} : QStringList());
+    QCOMPARE(start.follower.hasRun(), isAllowed);
+    QCOMPARE(equipment.controller(0).stagedPt.isEmpty(), !isAllowed);
+    QCOMPARE(equipment.controller(0).recordsReceived > 0, isAllowed);
+    QCOMPARE(start.messages, isAllowed ? QStringList{stepBack} : (QStringList{stepBack, stopped}));
+}
+
+void TestRunFollower::stoppedRunIsNone()
+{
+    SimulatedSite equipment(scenarioWith("cascade"));
+    const FixtureFolder folder;
+    Start start(equipment, folder, {leftRow});
+    start.update("192.168.7.21", "update", trackingSoftware({3, 3, 0}));
+    start.follower.moduleRests();
+    const QStringList verdicts = start.verdicts();
+    const QStringList events = start.events();
+
+    UpdateTable back({oldRow}, &start.window);
+    start.table.setParent(nullptr);
+    start.update("none", "update", trackingSoftware({3, 0, 0}));
+    start.follower.moduleRests();
+    QCOMPARE(start.messages.constLast(), stopped);
+    QCOMPARE(start.verdicts(), verdicts);
+    QCOMPARE(start.events(), events);
+    // The next one is asked about anew, and goes if it takes nobody back.
+    back.item(0, 3)->setText("v3.3.0");
+    char reply[replyBytes] = {};
+    start.channel.get_string(reply, "status active");
+    start.update("none", "update", trackingSoftware({3, 3, 0}));
+    QCOMPARE(start.verdicts().constFirst(), QString("zan-master | v0.0.0 | v3.3.0 | - | "
+                                                    "unconfirmed | It has not been asked yet."));
+    QVERIFY(!equipment.controller(0).stagedPt.isEmpty());
+}
+
+void TestRunFollower::lastKnownVersionStandsAgainstThePlan()
+{
+    SimulatedSite equipment(scenarioWith("cascade"));
+    const FixtureFolder folder;
+    Start start(equipment, folder, {oldRow});
+    equipment.system.armFault(silenceAt("system version"));
+    start.update("none", "update", trackingSoftware({3, 0, 0}));
+    QCOMPARE(start.messages, (QStringList{stepBack, stopped}));
+
+    // A system that never told is not known.
+    SimulatedSite silent(scenarioWith("cascade", {silenceAt("system version")}));
+    const FixtureFolder elsewhere;
+    Start first(silent, elsewhere, {oldRow});
+    first.update("none", "update", trackingSoftware({3, 0, 0}));
+    QCOMPARE(first.messages, (QStringList{"Tracking software of zan-master: does not tell what it "
+                                          "runs, would get v3.0.0",
+                                          stopped}));
+}
+
+void TestRunFollower::anotherSystemIsNotCompared_data()
+{
+    QTest::addColumn<QString>("address");
+    QTest::addColumn<QString>("title");
+    QTest::newRow("at another address") << "192.168.7.99"
+                                        << "";
+    QTest::newRow("at the same one") << "192.168.7.20"
+                                     << "Another cascade";
+}
+
 void TestRunFollower::anotherSystemIsNotCompared()
 {
+    QFETCH(const QString, address);
+    QFETCH(const QString, title);
     SimulatedSite equipment(scenarioWith("cascade"));
     const FixtureFolder folder;
     {
@@ -405,11 +519,12 @@ void TestRunFollower::anotherSystemIsNotCompared()
         updateCascade(start);
     }
     Scenario other = scenarioWith("cascade");
-    other.controllers[0].address = "192.168.7.99";
+    other.controllers[0].address = address;
+    other.title += title;
     SimulatedSite elsewhere(other);
     const Start start(elsewhere, folder, {});
-    QCOMPARE(start.messages, QStringList{"The last run was at 192.168.7.20, and is not compared "
-                                         "with this system."});
+    QCOMPARE(start.messages, QStringList{"The last run was at another system, then at "
+                                         "192.168.7.20, and is not compared with this one."});
     QCOMPARE(start.shown.count(), 0);
     QVERIFY(start.follower.hasRun());
 }

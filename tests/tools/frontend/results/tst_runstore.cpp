@@ -29,6 +29,7 @@ PlannedRun runAt(int minute)
     PlannedRun run;
     run.started = QDateTime(QDate(2026, 3, 1), QTime(12, minute, 5, 17), Qt::UTC);
     run.system = "192.168.7.20";
+    run.identity = "1f40";
     run.updates = {update, camera};
     run.hasEnded = true;
     run.hasRestarted = true;
@@ -50,6 +51,7 @@ class TestRunStore : public QObject
 
 private slots:
     void runIsReadAsItWasSaved();
+    void runWithoutAnIdentityIsRead();
     void filesAreTheSameInEveryPlace_data();
     void filesAreTheSameInEveryPlace();
     void lastOneIsRead();
@@ -82,6 +84,26 @@ void TestRunStore::runIsReadAsItWasSaved()
     QVERIFY(read->updates == run.updates);
     QCOMPARE(read->started, run.started);
     QVERIFY(read->hasEnded && read->hasRestarted);
+    QCOMPARE(read->identity, run.identity);
+}
+
+// As they were written before.
+void TestRunStore::runWithoutAnIdentityIsRead()
+{
+    const FixtureFolder folder;
+    const RunStore store(folder.path("runs"));
+    const PlannedRun run = runAt(0);
+    QString error;
+    QVERIFY2(store.save(run, &error), qPrintable(error));
+    const QString name = "runs/run-20260301-120005-017.json";
+    const QByteArray json = contentOf(folder.path(name));
+    folder.write(name, QByteArray(json).replace("\"identity\": \"1f40\",", ""));
+    QVERIFY(contentOf(folder.path(name)) != json);
+    QStringList problems;
+    const std::optional<PlannedRun> read = store.latest(&problems);
+    QVERIFY2(read, qPrintable(problems.join('\n')));
+    QCOMPARE(read->identity, QString());
+    QCOMPARE(read->system, run.system);
 }
 
 void TestRunStore::filesAreTheSameInEveryPlace_data()

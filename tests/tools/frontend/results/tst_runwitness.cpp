@@ -27,6 +27,8 @@ private slots:
     void runBeginsWithItsFirstText();
     void runBeginsOnce();
     void runAfterAFailedOneIsAnother();
+    void refusedRunSendsNothingUntilItIsOver_data();
+    void refusedRunSendsNothingUntilItIsOver();
     void restartIsToldIfItWasTaken_data();
     void restartIsToldIfItWasTaken();
     void lastAnswersMakeAReport();
@@ -86,6 +88,37 @@ void TestRunWitness::runAfterAFailedOneIsAnother()
     QCOMPARE(begins.count(), 2);
 }
 
+void TestRunWitness::refusedRunSendsNothingUntilItIsOver_data()
+{
+    QTest::addColumn<bool>("byQuery");
+    QTest::newRow("over by what comes before the next run") << true;
+    QTest::newRow("over as the module leaves") << false;
+}
+
+void TestRunWitness::refusedRunSendsNothingUntilItIsOver()
+{
+    QFETCH(const bool, byQuery);
+    RunWitness witness;
+    const QSignalSpy begins(&witness, &RunWitness::runBegins);
+    const auto first = connect(&witness, &RunWitness::runBegins, &witness, &RunWitness::refuseRun);
+    QVERIFY(!witness.sending(Operation::SetValue, "system redirect_update none"));
+    QVERIFY(!witness.isRunning());
+    QVERIFY(!witness.sending(Operation::SetValue, "system update 9 1 AB"));
+    QVERIFY(!witness.sending(Operation::Command, "vornix2 set camera update c01 9 1 AB"));
+    QVERIFY(witness.sending(Operation::GetString, "system version"));
+    QVERIFY(witness.sending(Operation::Command, "vornix2 reinit"));
+    QCOMPARE(begins.count(), 1);
+
+    disconnect(first);
+    if (byQuery)
+        QVERIFY(witness.sending(Operation::GetString, "status active"));
+    else
+        witness.endRun();
+    QVERIFY(witness.sending(Operation::SetValue, "system redirect_update none"));
+    QVERIFY(witness.isRunning());
+    QCOMPARE(begins.count(), 2);
+}
+
 void TestRunWitness::restartIsToldIfItWasTaken_data()
 {
     QTest::addColumn<QByteArray>("text");
@@ -140,6 +173,9 @@ void TestRunWitness::lastAnswersMakeAReport()
     witness.answered(Operation::GetString, "system controller_version", replyOf("x", false));
     QCOMPARE(witness.lastAnswers().controllers.constFirst().pt, QString());
     QCOMPARE(witness.lastAnswers().controllers.constFirst().ct, QString());
+    // But it was.
+    QCOMPARE(witness.lastKnown().controllers.constFirst().pt, QString("v3.1.0-rc.1"));
+    QCOMPARE(witness.lastKnown().controllers.constFirst().ct, QString("v1.2"));
 }
 
 ZAN_TEST_MAIN(TestRunWitness)

@@ -32,7 +32,7 @@ ReleaseCatalogue releases()
 QStringList planTexts(const UpdateTable& table)
 {
     QStringList texts;
-    for (const PlannedUpdate& it : plannedUpdates(*table.model(), reportBefore(), releases()))
+    for (const PlannedUpdate& it : readPlan(*table.model(), reportBefore(), releases()).updates)
         texts += resultTexts(it).join(" | ") + (it.isExact ? " | exact" : "");
     return texts;
 }
@@ -52,6 +52,8 @@ private slots:
     void whatIsNotTakenIsSkipped();
     void firmwareThatComesAlongIsPlannedToo();
     void firmwareThatDoesNotApplyIsNotPlanned();
+    void controllerThatDoesNotTellItsFirmwareRunsNone();
+    void stepsAreWhatIsSent();
     void unclearReleasesGoByTheNumbers();
     void camerasGoByTheirNames();
     void fromIsInTheWordsOfTheDevice();
@@ -119,6 +121,35 @@ void TestUpdatePlan::firmwareThatDoesNotApplyIsNotPlanned()
     QCOMPARE(planTexts(table),
              (QStringList{"master | Tracking software | v3.1.0 | v3.3.0" + notAsked + " | exact",
                           "left | Tracking software | v3.1.0-rc.2 | v3.4.0" + notAsked}));
+}
+
+// The module takes blocks for it that start from there.
+void TestUpdatePlan::controllerThatDoesNotTellItsFirmwareRunsNone()
+{
+    SystemReport before = reportBefore();
+    before.controllers.first().ct.clear();
+    const ReleaseCatalogue blocks({{0, {3, 2, 0}, {1, 3}, QString(), {{{0, 0}, {1, 2}}}},
+                                   {0, {3, 3, 0}, {1, 4}, QString(), {{{1, 0}, {1, 3}}}}});
+    const UpdateTable table{{true, {"Firmware update (master)", "v3.1.0", "v3.2.0", "yes", "yes"}},
+                            {true, {"Firmware update (master)", "v3.2.0", "v3.3.0", "yes", "yes"}}};
+    const QVector<PlannedUpdate> updates = readPlan(*table.model(), before, blocks).updates;
+    QCOMPARE(updates.size(), 2);
+    QCOMPARE(resultTexts(updates.constLast()).join(" | "),
+             "master | Controller firmware | v0.0.0 | v1.4" + notAsked);
+}
+
+void TestUpdatePlan::stepsAreWhatIsSent()
+{
+    const UpdateTable table{{true, {"Firmware update (master)", "v3.1.0", "v3.2.0", "yes", "yes"}},
+                            {true, {"Firmware update (master)", "v3.2.0", "v3.3.0", "yes", "yes"}},
+                            {false, {"System update (left)", "v1.2", "v1.3", "yes", "no"}}};
+    QStringList steps;
+    for (const PlannedUpdate& it : readPlan(*table.model(), reportBefore(), releases()).steps)
+        steps += resultTexts(it).mid(0, 4).join(" | ");
+    QCOMPARE(steps, (QStringList{"master | Tracking software | v3.1.0 | v3.2.0-beta.2",
+                                 "master | Controller firmware | v1.2 | v1.3",
+                                 "master | Tracking software | v3.2.0 | v3.3.0",
+                                 "master | Controller firmware | v1.3 | v1.4"}));
 }
 
 void TestUpdatePlan::unclearReleasesGoByTheNumbers()
