@@ -68,6 +68,7 @@ std::optional<QJsonObject> parseJsonObject(const QByteArray& json, const QString
 CheckedObject::CheckedObject(QJsonObject object, QString fileName, QString* error)
     : CheckedObject(std::move(object), std::move(fileName), QString(), error)
 {
+    m_error->clear();
 }
 
 CheckedObject::CheckedObject(QJsonObject object, QString fileName, QString prefix, QString* error)
@@ -139,7 +140,9 @@ CheckedObject CheckedObject::object(const QString& key)
 CheckedObject CheckedObject::objectOrEmpty(const QString& key)
 {
     m_knownKeys.insert(key);
-    return contains(key) ? object(key) : CheckedObject(QJsonObject(), m_fileName, m_error);
+    if (contains(key))
+        return object(key);
+    return {QJsonObject(), m_fileName, QString(), m_error};
 }
 
 QVector<CheckedObject> CheckedObject::objects(const QString& key)

@@ -34,8 +34,8 @@ std::optional<QJsonObject> parseJsonObject(const QByteArray& json, const QString
 class CheckedObject
 {
 public:
-    /// The root of a document. @p error must not be null, must be empty, and must outlive this
-    /// object and everything read from it.
+    /// The root of a document. @p error must not be null, is emptied, and must outlive this object
+    /// and everything read from it.
     CheckedObject(QJsonObject object, QString fileName, QString* error);
 
     /// Whether the object has the key; asking does not make it a known one.

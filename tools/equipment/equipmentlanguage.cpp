@@ -54,7 +54,6 @@ Command readFault(const QByteArray& argument, const Scenario& scenario, QString*
     const std::optional<QJsonObject> object = parseJsonObject(argument, name, error);
     if (!object)
         return std::nullopt;
-    error->clear();
     const Fault fault = faultFromJson(CheckedObject(*object, name, error), scenario.deviceNames());
     if (!error->isEmpty())
         return std::nullopt;
@@ -162,12 +161,14 @@ QStringList commandWords()
 std::optional<EquipmentCommand> readCommandLine(const QByteArray& line, const Scenario& scenario,
                                                 QString* error)
 {
-    error->clear();
     QByteArray argument = line;
     const QByteArray word = takeWord(&argument);
     const auto* const verb = std::find_if(std::begin(verbs), std::end(verbs),
                                           [&](const Verb& it) { return word == it.word; });
-    return verb == std::end(verbs) ? std::nullopt : verb->read(argument, scenario, error);
+    if (verb != std::end(verbs))
+        return verb->read(argument, scenario, error);
+    *error = QStringLiteral("%1 is expected").arg(commandWords().join(QStringLiteral(", ")));
+    return std::nullopt;
 }
 
 QByteArray reportToJson(const EquipmentReport& report, const SystemMemory& memory)
@@ -190,7 +191,6 @@ std::optional<EquipmentReport> reportFromJson(const QByteArray& json, const Scen
     if (!object)
         return std::nullopt;
 
-    error->clear();
     CheckedObject root(*object, name, error);
     const std::optional<SystemMemory> memory =
         memoryFromJson(root.object(QStringLiteral("memory")), scenario);

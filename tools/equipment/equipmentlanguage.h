@@ -25,8 +25,8 @@ QStringList commandWords();
 
 /// What commandLine() has written.
 /// @param scenario the one of the equipment
-/// @param error must not be null; receives one line
-/// @return nullopt for what is no command: with an empty error for another first word
+/// @param error must not be null; on failure one line
+/// @return nullopt for what is no command
 std::optional<EquipmentCommand> readCommandLine(const QByteArray& line, const Scenario& scenario,
                                                 QString* error);
 
@@ -42,7 +42,7 @@ struct EquipmentReport
 QByteArray reportToJson(const EquipmentReport& report, const SystemMemory& memory);
 
 /// @param scenario the one of the equipment that the report is about
-/// @param error must not be null; receives one line
+/// @param error must not be null; on failure one line
 /// @return nullopt if the text is damaged, or about other devices
 std::optional<EquipmentReport> reportFromJson(const QByteArray& json, const Scenario& scenario,
                                               QString* error);

@@ -313,7 +313,6 @@ std::optional<Scenario> ScenarioReader::parse(const QByteArray& json, const QStr
     if (!object)
         return std::nullopt;
 
-    error->clear();
     CheckedObject root(*object, fileName, error);
     Scenario scenario = readScenario(&root, fileName);
     scenario.name = QFileInfo(fileName).completeBaseName();

@@ -142,6 +142,5 @@ std::optional<SystemMemory> stateFromJson(const QByteArray& json, const Scenario
     const std::optional<QJsonObject> object = parseJsonObject(json, fileName, error);
     if (!object)
         return std::nullopt;
-    error->clear();
     return memoryFromJson(CheckedObject(*object, fileName, error), scenario);
 }

@@ -63,15 +63,16 @@ bool renewFolder(const QString& folder, QString* error)
     return false;
 }
 
-QStringList filesOf(const Selection& selection, const QDir& from, QString* error)
+std::optional<QStringList> filesOf(const Selection& selection, const QDir& from, QString* error)
 {
     const QStringList delivered = from.entryList(QDir::Files);
-    const QStringList wanted = selection.wanted.value_or(delivered);
-    for (const QString& name : wanted) {
-        if (!delivered.contains(name)) {
-            *error = QStringLiteral("%1: \"%2\" is not among the files in %3")
-                         .arg(selection.key, name, from.path());
-        }
+    QStringList wanted = selection.wanted.value_or(delivered);
+    for (const QString& name : qAsConst(wanted)) {
+        if (delivered.contains(name))
+            continue;
+        *error = QStringLiteral("%1: \"%2\" is not among the files in %3")
+                     .arg(selection.key, name, from.path());
+        return std::nullopt;
     }
     return wanted;
 }
@@ -80,16 +81,15 @@ bool layOut(const Selection& selection, const QString& target, QString* error)
 {
     const QDir from(selection.from);
     const QString to = target + QLatin1Char('/') + selection.folder;
-    error->clear();
-    const QStringList files = filesOf(selection, from, error);
+    const std::optional<QStringList> files = filesOf(selection, from, error);
     // The pictures that notes refer to stand in folders.
     const QStringList folders = from.entryList(QDir::Dirs | QDir::NoDotAndDotDot);
-    if (!error->isEmpty() || !renewFolder(to, error))
+    if (!files || !renewFolder(to, error))
         return false;
     const auto place = [&](const QString& name, auto how) {
         return how(from.absoluteFilePath(name), to + QLatin1Char('/') + name, error);
     };
-    return std::all_of(files.begin(), files.end(),
+    return std::all_of(files->begin(), files->end(),
                        [&](const QString& name) { return place(name, linkHard); }) &&
            std::all_of(folders.begin(), folders.end(),
                        [&](const QString& name) { return place(name, link); });
@@ -146,8 +146,8 @@ bool layOutFiles(const Scenario& scenario, const QString& delivered, const QStri
     return layOut(updates, target, error) && layOut(notes, target, error);
 }
 
-QString layOutFrontend(const Scenario& scenario, const QString& programFile, const QString& target,
-                       QString* error)
+std::optional<QString> layOutFrontend(const Scenario& scenario, const QString& programFile,
+                                      const QString& target, QString* error)
 {
     const QFileInfo program(programFile);
     const QString copy = target + QLatin1Char('/') + program.fileName();
@@ -156,5 +156,5 @@ QString layOutFrontend(const Scenario& scenario, const QString& programFile, con
                         link(program.path() + QLatin1Char('/') + modulesFolder,
                              target + QLatin1Char('/') + modulesFolder, error) &&
                         linkHard(programFile, copy, error);
-    return isDone ? copy : QString();
+    return isDone ? std::make_optional(copy) : std::nullopt;
 }

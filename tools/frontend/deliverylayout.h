@@ -3,6 +3,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
+
 struct Scenario;
 
 /// @file
@@ -25,7 +27,7 @@ bool layOutFiles(const Scenario& scenario, const QString& delivered, const QStri
 
 /// Lays out a whole frontend in @p target: the program @p programFile, the modules beside it, and
 /// files as layOutFiles() does. What was in @p target is gone then.
-/// @param error must not be null
-/// @return the program to start instead; empty on failure
-QString layOutFrontend(const Scenario& scenario, const QString& programFile, const QString& target,
-                       QString* error);
+/// @param error must not be null; on failure one line as of layOutFiles()
+/// @return the program to start instead; nullopt on failure
+std::optional<QString> layOutFrontend(const Scenario& scenario, const QString& programFile,
+                                      const QString& target, QString* error);

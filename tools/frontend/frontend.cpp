@@ -140,13 +140,12 @@ bool Frontend::prepare(QString* error)
         *error = tr("%1: the folder cannot be made").arg(home);
         return false;
     }
-    QString damage;
-    if (!m_access->keepState(m_options.stateDir, m_options.fresh, &damage)) {
-        *error = damage;
+    const std::optional<QString> damage =
+        m_access->keepState(m_options.stateDir, m_options.fresh, error);
+    if (!damage)
         return false;
-    }
-    if (!damage.isEmpty())
-        log(tr("The state was set aside: %1").arg(damage));
+    if (!damage->isEmpty())
+        log(tr("The state was set aside: %1").arg(*damage));
     // A replay has no devices that could be asked what they run.
     if (!m_access->transcript())
         m_runs.load();

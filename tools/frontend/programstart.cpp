@@ -29,13 +29,13 @@ namespace {
 
 // Lays out a frontend with the files that the scenario wants. One that runs there must not be
 // disturbed by that.
-QString layOutBelow(const QString& stateDir, const Scenario& scenario, const QString& target,
-                    QString* error)
+std::optional<QString> layOutBelow(const QString& stateDir, const Scenario& scenario,
+                                   const QString& target, QString* error)
 {
     FolderLock lock(stateDir);
     return lock.take(lockTimeoutMs, error)
                ? layOutFrontend(scenario, programFile().filePath(), target, error)
-               : QString();
+               : std::nullopt;
 }
 
 } // namespace
@@ -51,8 +51,7 @@ std::optional<QString> programFor(const Options& options, QString* error)
     if (!wantsOwnDelivery(*scenario) ||
         programFile().path() == QFileInfo(folder).canonicalFilePath())
         return QString();
-    const QString program = layOutBelow(options.stateDir, *scenario, folder, error);
-    return program.isEmpty() ? std::nullopt : std::make_optional(program);
+    return layOutBelow(options.stateDir, *scenario, folder, error);
 }
 
 int goOnWith(const QString& program, QStringList arguments, const QString& stateDir)

@@ -13,8 +13,7 @@
 ///
 /// @param fileName names the description in messages; files in it are named from its folder
 /// @param inputFiles may be null; receives the paths of all files whose content is to be taken
-/// @param error must not be null and must be empty; receives the first error as one line
-///              "FILE: PATH: REASON"
+/// @param error must not be null; receives the first error as one line "FILE: PATH: REASON"
 /// @return nullopt after an error
 std::optional<UpdateFile> readImageDescription(const QByteArray& json, const QString& fileName,
                                                QStringList* inputFiles, QString* error);

@@ -134,10 +134,11 @@ QString PayloadVerifier::damage() const
 std::optional<PayloadHead> PayloadVerifier::finish(QString* error) const
 {
     const QString text = damage();
-    if (error)
-        *error = text;
-    if (!text.isEmpty())
+    if (!text.isEmpty()) {
+        if (error)
+            *error = text;
         return std::nullopt;
+    }
 
     PayloadHead head;
     head.component =

@@ -98,7 +98,7 @@ bool isPayload(const QByteArray& bytes);
 
 /// Verifies a payload and reads its head.
 ///
-/// @param error may be null; receives one line that says what is wrong, empty if all is well.
+/// @param error may be null; on failure one line that says what is wrong
 /// @return nullopt if the payload is damaged: too short, foreign magic, a body size other than what
 ///         stands there, a wrong checksum or an unknown component.
 std::optional<PayloadHead> readPayload(const QByteArray& payload, QString* error);

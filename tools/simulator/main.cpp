@@ -58,10 +58,10 @@ bool keepState(SimulatedSystem& system, const ServerOptions& options, QString* e
         return true;
     if (options.fresh && !SimulatedSystem::removeState(options.stateFile, error))
         return false;
-    const SimulatedSystem::StateLoad load = system.loadState(options.stateFile, error);
-    if (load == SimulatedSystem::StateLoad::SetAside)
-        warn(QStringLiteral("The state was set aside: %1").arg(*error));
-    return load != SimulatedSystem::StateLoad::Refused;
+    const std::optional<QString> damage = system.loadState(options.stateFile, error);
+    if (damage && !damage->isEmpty())
+        warn(QStringLiteral("The state was set aside: %1").arg(*damage));
+    return damage.has_value();
 }
 
 int serve(const ServerOptions& options)

@@ -61,25 +61,23 @@ qint64 SimulatedSystem::msUntilReachable() const
     return -1;
 }
 
-SimulatedSystem::StateLoad SimulatedSystem::loadState(const QString& path, QString* error)
+std::optional<QString> SimulatedSystem::loadState(const QString& path, QString* error)
 {
     m_stateFile = path;
     if (!QFileInfo::exists(path))
-        return StateLoad::Taken;
+        return QString();
+    QString damage;
     const std::optional<QByteArray> json = readState(path, error);
     const std::optional<SystemMemory> memory =
-        json ? stateFromJson(*json, m_scenario, path, error) : std::nullopt;
+        json ? stateFromJson(*json, m_scenario, path, &damage) : std::nullopt;
     if (memory) {
         adopt(*memory);
-        return StateLoad::Taken;
+        return QString();
     }
-    QString reason;
-    if (json && setDamagedFileAside(path, &reason))
-        return StateLoad::SetAside;
-    if (!reason.isEmpty())
-        *error = reason;
+    if (json && setDamagedFileAside(path, error))
+        return damage;
     m_stateFile.clear();
-    return StateLoad::Refused;
+    return std::nullopt;
 }
 
 bool SimulatedSystem::holdsState(const QString& path)

@@ -42,22 +42,16 @@ public:
     void disarmFaults();
     ///@}
 
-    /// What loadState() found.
-    enum class StateLoad
-    {
-        Taken,    ///< a state, or no file yet
-        SetAside, ///< a state that is damaged or about other devices
-        Refused,  ///< something that is no state, or cannot be read or moved
-    };
-
     /// Takes over what an earlier process left in the file @p path, and keeps the state there from
     /// now on.
     ///
-    /// A state that cannot be taken over is renamed to @p path + ".damaged", with a number where
-    /// that is taken, and the system stands as the scenario tells. What is no state is not touched,
-    /// and nothing is kept then.
-    /// @param error must not be null; receives "FILE: REASON" unless the state was taken
-    StateLoad loadState(const QString& path, QString* error);
+    /// A state that is damaged or about other devices is renamed to @p path + ".damaged", with a
+    /// number where that is taken, and the system stands as the scenario tells. What is no state is
+    /// not touched, and nothing is kept then.
+    /// @param error must not be null; on failure "FILE: REASON"
+    /// @return why a state was set aside, "FILE: REASON"; empty if one was taken over, or there was
+    ///         none; nullopt if nothing is kept
+    std::optional<QString> loadState(const QString& path, QString* error);
 
     /// Whether the file @p path holds a state, if maybe a damaged one.
     static bool holdsState(const QString& path);

@@ -21,9 +21,10 @@ public:
     QByteArray identity() const override { return m_identity; }
     bool isExchanged() const override { return m_equipment.isExchanged(); }
     /// The other process keeps its state itself.
-    bool keepState(const QString& /*stateDir*/, bool /*fresh*/, QString* /*remark*/) override
+    std::optional<QString> keepState(const QString& /*stateDir*/, bool /*fresh*/,
+                                     QString* /*error*/) override
     {
-        return true;
+        return QString();
     }
 
 private:

@@ -18,9 +18,10 @@ public:
 
     CommandLink& link() override { return m_link; }
     Equipment& equipment() override { return m_equipment; }
-    bool keepState(const QString& /*stateDir*/, bool /*fresh*/, QString* /*remark*/) override
+    std::optional<QString> keepState(const QString& /*stateDir*/, bool /*fresh*/,
+                                     QString* /*error*/) override
     {
-        return true;
+        return QString();
     }
     const Transcript* transcript() const override { return &m_transcript; }
 

@@ -47,10 +47,11 @@ QByteArray SimulatedAccess::identity() const
     return systemIdentity(scenarioToJson(m_system->scenario()));
 }
 
-bool SimulatedAccess::keepState(const QString& stateDir, bool fresh, QString* remark)
+std::optional<QString> SimulatedAccess::keepState(const QString& stateDir, bool fresh,
+                                                  QString* error)
 {
     const QString file = stateFileIn(stateDir);
-    if (fresh && !SimulatedSystem::removeState(file, remark))
-        return false;
-    return m_system->loadState(file, remark) != SimulatedSystem::StateLoad::Refused;
+    if (fresh && !SimulatedSystem::removeState(file, error))
+        return std::nullopt;
+    return m_system->loadState(file, error);
 }

@@ -28,7 +28,7 @@ public:
     CommandLink& link() override;
     Equipment& equipment() override;
     QByteArray identity() const override;
-    bool keepState(const QString& stateDir, bool fresh, QString* remark) override;
+    std::optional<QString> keepState(const QString& stateDir, bool fresh, QString* error) override;
 
 private:
     std::unique_ptr<SimulatedSystem> m_system;

@@ -3,6 +3,10 @@
 #include <commandlink.h>
 #include <equipment.h>
 
+#include <QString>
+
+#include <optional>
+
 struct Transcript;
 
 /// The system that the frontend operates: the line to its controllers, and the equipment as it can
@@ -29,7 +33,10 @@ public:
     /// Begins to keep what has to outlive the frontend in the folder @p stateDir, which exists.
     ///
     /// @param fresh whether to forget what an earlier start left there
-    /// @param remark must not be null; receives what was wrong with that, empty if all is well
-    /// @return whether it is kept; if not, @p remark is why. Otherwise it was set aside.
-    virtual bool keepState(const QString& stateDir, bool fresh, QString* remark) = 0;
+    /// @param error must not be null; on failure one line
+    /// @return why what an earlier start left was set aside; empty if it was not; nullopt if
+    /// nothing
+    ///         is kept
+    virtual std::optional<QString> keepState(const QString& stateDir, bool fresh,
+                                             QString* error) = 0;
 };

@@ -226,26 +226,51 @@ QString PlannedRun::summary() const
     return texts.isEmpty() ? tr("Nothing was planned.") : texts.join(QLatin1Char(' '));
 }
 
-QStringList resultTitles()
+QVector<ResultColumn> resultColumns()
 {
-    return {tr("Device"), tr("Part"),    tr("From"),  tr("Planned"),
-            tr("Found"),  tr("Outcome"), tr("Remark")};
+    using Update = const PlannedUpdate&;
+    return {
+        {ResultField::Device, tr("Device"), nameOf},
+        {ResultField::Part, tr("Part"),
+         [](Update it) {
+             return partText(it.part);
+         }},
+        {ResultField::From, tr("From"),
+         [](Update it) {
+             return it.from;
+         }},
+        {ResultField::Planned, tr("Planned"),
+         [](Update it) {
+             return it.planned;
+         }},
+        {ResultField::Found, tr("Found"),
+         [](Update it) {
+             return it.found.isEmpty() ? QStringLiteral("-") : it.found;
+         }},
+        {ResultField::Outcome, tr("Outcome"),
+         [](Update it) {
+             return outcomeText(it.outcome);
+         }},
+        {ResultField::Remark, tr("Remark"),
+         [](Update it) {
+             return it.remark;
+         }},
+    };
 }
 
 QStringList resultTexts(const PlannedUpdate& update)
 {
-    return {nameOf(update),
-            partText(update.part),
-            update.from,
-            update.planned,
-            update.found.isEmpty() ? QStringLiteral("-") : update.found,
-            outcomeText(update.outcome),
-            update.remark};
+    QStringList texts;
+    for (const ResultColumn& column : resultColumns())
+        texts += column.text(update);
+    return texts;
 }
 
 QString PlannedRun::logText() const
 {
-    QVector<QStringList> rows{resultTitles()};
+    QVector<QStringList> rows(1);
+    for (const ResultColumn& column : resultColumns())
+        rows.first() += column.title;
     for (const PlannedUpdate& update : updates)
         rows += resultTexts(update);
     QString text = tr("Update of %1, system at %2").arg(timestamp(started), system);

@@ -75,7 +75,29 @@ struct PlannedRun
     QString logText() const;
 };
 
-/// The words of one update as they stand in the result table, one for each of resultTitles().
+/// What the table of results tells of an update.
+enum class ResultField
+{
+    Device,
+    Part,
+    From,
+    Planned,
+    Found,
+    Outcome,
+    Remark,
+};
+
+/// One column of the table of results.
+struct ResultColumn
+{
+    ResultField field; ///< what stands in the column
+    QString title;     ///< in its head
+    /// Its words for an update.
+    QString (*text)(const PlannedUpdate& update);
+};
+
+/// The columns of the table of results, from left to right.
+QVector<ResultColumn> resultColumns();
+
+/// The words of one update as they stand in the table, one for each of resultColumns().
 QStringList resultTexts(const PlannedUpdate& update);
-/// The titles of the result table's columns.
-QStringList resultTitles();

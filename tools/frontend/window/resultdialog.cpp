@@ -14,14 +14,13 @@
 #include <QTableWidget>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace {
 
 constexpr int maxShownRows = 12;
 // In widths of a letter: remarks longer than that are wrapped.
 constexpr int remarkLetters = 48;
-// Among resultTitles().
-constexpr int outcomeColumn = 5;
-constexpr int remarkColumn = 6;
 constexpr int columnGap = 12;
 
 QLabel* makeLabel(const QString& name)
@@ -48,7 +47,9 @@ QLabel* makeSummary()
 
 QTableWidget* makeTable()
 {
-    const QStringList titles = resultTitles();
+    QStringList titles;
+    for (const ResultColumn& column : resultColumns())
+        titles += column.title;
     auto* table = new QTableWidget(0, titles.size());
     table->setObjectName(QStringLiteral("table_results"));
     table->setAccessibleName(QApplication::translate("ResultDialog", "Results"));
@@ -73,6 +74,14 @@ QPushButton* makeButton(const QString& text, const QString& name)
     button->setObjectName(name);
     button->setAutoDefault(false);
     return button;
+}
+
+int columnOf(ResultField field)
+{
+    const QVector<ResultColumn> columns = resultColumns();
+    const auto* found = std::find_if(columns.begin(), columns.end(),
+                                     [&](const ResultColumn& it) { return it.field == field; });
+    return static_cast<int>(found - columns.begin());
 }
 
 } // namespace
@@ -129,7 +138,8 @@ void ResultDialog::fill(const PlannedRun& run)
         for (int column = 0; column < texts.size(); ++column)
             m_table->setItem(row, column, new QTableWidgetItem(texts.at(column)));
         const bool isFailed = run.updates.at(row).outcome == Outcome::Failed;
-        m_table->item(row, outcomeColumn)->setFont(isFailed ? boldOf(font()) : font());
+        m_table->item(row, columnOf(ResultField::Outcome))
+            ->setFont(isFailed ? boldOf(font()) : font());
     }
     adaptColumns();
 }
@@ -141,6 +151,7 @@ void ResultDialog::adaptColumns()
         m_table->setColumnWidth(column, m_table->columnWidth(column) + columnGap);
     // A wrapped text has no width of its own to go by.
     const QFontMetrics metrics = m_table->fontMetrics();
+    const int remarkColumn = columnOf(ResultField::Remark);
     int width = m_table->horizontalHeader()->sectionSizeHint(remarkColumn);
     for (int row = 0; row < m_table->rowCount(); ++row)
         width = qMax(width, metrics.horizontalAdvance(m_table->item(row, remarkColumn)->text()));

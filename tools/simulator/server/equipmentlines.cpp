@@ -82,12 +82,12 @@ EquipmentAnswer answerEquipmentLine(SimulatedSystem& system, const QByteArray& l
                                               [&](const Question& it) { return word == it.word; });
     if (question != std::end(questions))
         return question->answer(system);
+    if (!commandWords().contains(QLatin1String(word)))
+        return failed(QStringLiteral("the bench knows: ") + knownWords());
     QString error;
     const std::optional<EquipmentCommand> command =
         readCommandLine(line, system.scenario(), &error);
-    if (command)
-        return perform(system, *command);
-    return failed(error.isEmpty() ? QStringLiteral("the bench knows: ") + knownWords() : error);
+    return command ? perform(system, *command) : failed(error);
 }
 
 QByteArray equipmentToJson(const SimulatedSystem& system)

@@ -112,9 +112,7 @@ private slots:
         QString error;
         const std::unique_ptr<RemoteAccess> access = RemoteAccess::connectTo(serving.at, &error);
         QVERIFY2(access, qPrintable(error));
-        QString remark;
-        QVERIFY(access->keepState(folder.path(), true, &remark));
-        QCOMPARE(remark, QString());
+        QCOMPARE(access->keepState(folder.path(), true, &error), std::make_optional(QString()));
         QVERIFY(QDir(folder.path()).isEmpty());
     }
 
