@@ -1,3 +1,9 @@
+# Seconds after which ctest ends a test: what hangs, and nothing that goes on, however busy the machine
+# is. Sooner, Qt Test ends a function, and says which, and sooner still a test gives up what it waits
+# for (patience.h).
+set(zan_test_timeout 480)
+set(zan_function_timeout 300)
+
 # zan_add_test(NAME SOURCE... [OWN_FOLDER] [SHARDS COUNT] [LIBRARIES TARGET...] [TIMEOUT SECONDS])
 #
 # One Qt Test executable for one unit. It runs without a display and with a home and a temporary folder
@@ -9,8 +15,7 @@
 function(zan_add_test name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "OWN_FOLDER" "SHARDS;TIMEOUT" "LIBRARIES")
   if(NOT arg_TIMEOUT)
-    # Ends what hangs; nothing that goes on, however busy the machine is.
-    set(arg_TIMEOUT 900)
+    set(arg_TIMEOUT ${zan_test_timeout})
   endif()
   add_executable(${name} ${arg_UNPARSED_ARGUMENTS})
   zan_enable_qt_generators(${name})
@@ -49,7 +54,7 @@ function(zan_run_test name timeout environment program)
   set(temporary ${ZAN_PROGRAM_DIR}/test-tmp/${name})
   file(MAKE_DIRECTORY ${home} ${temporary})
   list(PREPEND environment QT_QPA_PLATFORM=offscreen HOME=${home} TMPDIR=${temporary}
-    QTEST_FUNCTION_TIMEOUT=1000000
+    QTEST_FUNCTION_TIMEOUT=${zan_function_timeout}000
     LSAN_OPTIONS=print_suppressions=0:suppressions=${PROJECT_SOURCE_DIR}/tests/support/leaksofothers.txt)
   add_test(NAME ${name} COMMAND ${program} ${ARGN})
   set_tests_properties(${name} PROPERTIES

@@ -66,12 +66,10 @@ void Desktop::savePicture(const QString& file) const
 
 std::optional<QString> Desktop::run(const QString& program, const QStringList& arguments) const
 {
-    QProcess process;
+    ChildProcess process;
     process.setEnvironment(QProcess::systemEnvironment() + environment());
     process.start(program, arguments);
-    const bool isDone = process.waitForFinished(patienceMs) &&
-                        process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
-    if (!isDone)
+    if (!process.waitForEnd() || process.exitCode() != 0)
         return std::nullopt;
     return QString::fromLocal8Bit(process.readAllStandardOutput()).trimmed();
 }

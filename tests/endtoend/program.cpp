@@ -50,14 +50,12 @@ QString Program::waitForLine(const QString& part)
 
 int Program::waitForEnd()
 {
-    const bool hasEnded = !isRunning() || m_process.waitForFinished(patienceMs);
-    return hasEnded && m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1;
+    return m_process.waitForEnd() ? m_process.exitCode() : -1;
 }
 
 void Program::kill()
 {
-    m_process.kill();
-    m_process.waitForFinished(patienceMs);
+    m_process.end();
 }
 
 void Program::read()

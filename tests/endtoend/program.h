@@ -1,10 +1,7 @@
 #pragma once
 
-#include <patience.h>
+#include <childprocess.h>
 
-#include <QByteArray>
-#include <QMap>
-#include <QProcess>
 #include <QString>
 #include <QStringList>
 
@@ -34,7 +31,7 @@ public:
 private:
     void read();
 
-    QProcess m_process;
+    ChildProcess m_process;
     QStringList m_lines;
     int m_next = 0; // the first line that was not waited for
 };

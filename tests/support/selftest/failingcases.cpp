@@ -1,3 +1,4 @@
+#include "childprocess.h"
 #include "modaldriver.h"
 #include "widgettestmain.h"
 
@@ -21,6 +22,8 @@ private slots:
     void windowThatStaysOpen();
     void unexpectedWarning();
     void missingWarning();
+    void processThatHangs();
+    void functionThatHangs();
 };
 
 static ExpectedBox expectedBox()
@@ -128,6 +131,21 @@ void FailingCases::unexpectedWarning()
 void FailingCases::missingWarning()
 {
     const ExpectedWarning warning(QStringLiteral("something is wrong"));
+}
+
+void FailingCases::processThatHangs()
+{
+    ChildProcess process;
+    process.start(QStringLiteral("sh"),
+                  {QStringLiteral("-c"), QStringLiteral("echo begun; read x")});
+    QVERIFY(process.waitForReadyRead(patienceMs));
+    QVERIFY(!process.waitForEnd(1));
+    QCOMPARE(process.state(), QProcess::NotRunning);
+}
+
+void FailingCases::functionThatHangs()
+{
+    QTest::qSleep(patienceMs);
 }
 
 ZAN_WIDGET_TEST_MAIN(FailingCases)

@@ -4,13 +4,14 @@
 
 #include <frontend.h>
 
+#include <childprocess.h>
 #include <deliverycheck.h>
 #include <deliverysealing.h>
 #include <fixturefiles.h>
+#include <reasons.h>
 #include <testmain.h>
 
 #include <QDir>
-#include <QProcess>
 #include <QTextCodec>
 
 #include <cstdio>
@@ -88,11 +89,12 @@ struct Run
     void start(const QStringList& options)
     {
         process.start(QStringLiteral(DEMO_FRONTEND), QStringList{"--headless", "--fast"} + options);
-        if (!process.waitForFinished(-1))
-            qFatal("the frontend does not end");
+        if (!process.waitForEnd())
+            qFatal("the frontend did not come to its end: %s",
+                   process.readAllStandardError().constData());
     }
 
-    QProcess process;
+    ChildProcess process;
 };
 
 } // namespace
@@ -236,7 +238,7 @@ void TestDeliveryLayout::folderThatCannotBeWrittenIsNamed()
     const QString inTheWay = folder.write("own", "a file");
     QString error;
     QVERIFY(!layOutFiles(scenarioWith({}, {}), delivered, inTheWay, &error));
-    QCOMPARE(error, inTheWay + "/controller_update: cannot be removed: Not a directory");
+    QCOMPARE(error, inTheWay + "/controller_update: cannot be removed: " + systemReason(ENOTDIR));
     QVERIFY(!layOutFrontend(scenarioWith({}, {}), delivered + "/program", inTheWay, &error));
     QCOMPARE(error, inTheWay + ": is no folder, so it is left as it is");
 }

@@ -1,8 +1,8 @@
+#include <childprocess.h>
 #include <fixturefiles.h>
 #include <testmain.h>
 
 #include <QFile>
-#include <QProcess>
 
 #include <sys/resource.h>
 
@@ -63,10 +63,10 @@ void TestLargeFiles::takeLittleMemory_data()
 void TestLargeFiles::takeLittleMemory()
 {
     QFETCH(const QStringList, arguments);
-    QProcess program;
+    ChildProcess program;
     program.setStandardOutputFile(QProcess::nullDevice());
     program.start(QStringLiteral(IMAGETOOL), arguments);
-    QVERIFY(program.waitForFinished(-1));
+    QVERIFY(program.waitForEnd());
     QCOMPARE(QString(program.readAllStandardError()), QString());
     QCOMPARE(program.exitCode(), 0);
     if (isMemorySanitized)

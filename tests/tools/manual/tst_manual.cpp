@@ -1,8 +1,8 @@
+#include <childprocess.h>
 #include <commandline.h>
 #include <testmain.h>
 
 #include <QFile>
-#include <QProcess>
 
 class TestManual : public QObject
 {
@@ -43,13 +43,13 @@ void TestManual::completes()
 {
     QFETCH(const QStringList, words);
     QFETCH(const QStringList, offered);
-    QProcess bash;
+    ChildProcess bash;
     const QString script =
         "source \"$0\"; COMP_WORDS=(\"$@\"); COMP_CWORD=$(($# - 1)); "
         "_zan_complete \"$1\" \"${COMP_WORDS[COMP_CWORD]}\" \"${COMP_WORDS[COMP_CWORD - 1]}\"; "
         "printf '%s\\n' \"${COMPREPLY[@]}\"";
     bash.start("bash", QStringList{"-c", script, COMPLETION, IMAGETOOL} + words);
-    QVERIFY(bash.waitForFinished());
+    QVERIFY(bash.waitForEnd());
     QCOMPARE(QString(bash.readAllStandardError()), QString());
     QCOMPARE(QString(bash.readAllStandardOutput()).split('\n', Qt::SkipEmptyParts), offered);
 }

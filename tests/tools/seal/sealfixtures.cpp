@@ -1,14 +1,15 @@
 #include "sealfixtures.h"
 
+#include <childprocess.h>
+
 #include <QFile>
-#include <QProcess>
 
 #include <sodium.h>
 
 ProgramRun runIn(const QString& folder, const QString& program, const QStringList& arguments,
                  const QByteArray& input)
 {
-    QProcess process;
+    ChildProcess process;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert("LC_ALL", "C.UTF-8");
     process.setProcessEnvironment(environment);
@@ -16,7 +17,7 @@ ProgramRun runIn(const QString& folder, const QString& program, const QStringLis
     process.start(program, arguments);
     process.write(input);
     process.closeWriteChannel();
-    if (!process.waitForFinished(-1) || process.exitStatus() != QProcess::NormalExit)
+    if (!process.waitForEnd())
         qFatal("%s did not run: %s", qPrintable(program), qPrintable(process.errorString()));
     return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
             QString::fromUtf8(process.readAllStandardError())};

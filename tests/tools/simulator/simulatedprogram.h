@@ -1,53 +1,17 @@
 #pragma once
 
-#include <patience.h>
+#include <childprocess.h>
 
 #include <endpoint.h>
 
-#include <QProcess>
 #include <QTcpSocket>
 
-#include <csignal>
 #include <functional>
 #include <optional>
-
-#include <sys/prctl.h>
 
 /// @file
 /// The programs as they are built, in processes of their own. Who includes this defines
 /// SIMULATED_SYSTEM, the path of that program.
-
-/// For everything that another process does, on any machine.
-constexpr int processWaitMs = patienceMs;
-
-/// A process that does not outlive its test, however that ends.
-class ChildProcess : public QProcess
-{
-public:
-    using QProcess::QProcess;
-
-    /// @param inChild what the process does before it becomes the program
-    void setInChild(const std::function<void()>& inChild) { m_inChild = inChild; }
-
-    ~ChildProcess() override { end(); }
-
-    void end()
-    {
-        kill();
-        waitForFinished(processWaitMs);
-    }
-
-protected:
-    void setupChildProcess() override
-    {
-        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-        if (m_inChild)
-            m_inChild();
-    }
-
-private:
-    std::function<void()> m_inChild;
-};
 
 /// `simulated-system`, as it was started.
 class SimulatedProgram
@@ -63,7 +27,7 @@ public:
     /// The first line of its output, without the line end.
     QByteArray firstLine()
     {
-        while (!m_process.canReadLine() && m_process.waitForReadyRead(processWaitMs)) {
+        while (!m_process.canReadLine() && m_process.waitForReadyRead(patienceMs)) {
         }
         return m_process.readLine().trimmed();
     }
@@ -80,7 +44,7 @@ public:
     /// Waits for its end. @return exit code, output and error output
     QStringList result()
     {
-        m_process.waitForFinished(processWaitMs);
+        m_process.waitForEnd();
         return {QString::number(m_process.exitCode()),
                 QString::fromLocal8Bit(m_process.readAllStandardOutput()),
                 QString::fromLocal8Bit(m_process.readAllStandardError())};
@@ -99,10 +63,10 @@ inline QByteArray ask(const Endpoint& endpoint, const QByteArray& line)
 {
     QTcpSocket socket;
     socket.connectToHost(endpoint.address, endpoint.port);
-    if (!socket.waitForConnected(processWaitMs))
+    if (!socket.waitForConnected(patienceMs))
         return socket.errorString().toLocal8Bit();
     socket.write(line + '\n');
-    while (!socket.canReadLine() && socket.waitForReadyRead(processWaitMs)) {
+    while (!socket.canReadLine() && socket.waitForReadyRead(patienceMs)) {
     }
     return socket.readLine().trimmed();
 }

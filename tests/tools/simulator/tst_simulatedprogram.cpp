@@ -43,7 +43,7 @@ private slots:
         atOpen->address = QHostAddress("127.0.0.2");
         QTcpSocket socket;
         socket.connectToHost(atClosed->address, atClosed->port);
-        QVERIFY(!socket.waitForConnected(processWaitMs));
+        QVERIFY(!socket.waitForConnected(patienceMs));
         QCOMPARE(socket.error(), QAbstractSocket::ConnectionRefusedError);
         QCOMPARE(ask(*atOpen, "bench power"), QByteArray("ok on"));
         QCOMPARE(open.errorOutput(), QByteArray("simulated-system: Whoever reaches this machine "
@@ -83,8 +83,7 @@ private slots:
         SimulatedProgram after(arguments);
         endpoint = after.endpoint();
         QVERIFY(endpoint);
-        QTRY_COMPARE_WITH_TIMEOUT(ask(*endpoint, "bench power"), QByteArray("ok on"),
-                                  processWaitMs);
+        QTRY_COMPARE(ask(*endpoint, "bench power"), QByteArray("ok on"));
         QVERIFY(ask(*endpoint, "get system version").startsWith("ok v9.9.9 "));
         after.kill();
 

@@ -1,3 +1,4 @@
+#include <childprocess.h>
 #include <testmain.h>
 
 #include <ModuleInterface>
@@ -5,7 +6,6 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QPluginLoader>
-#include <QProcess>
 
 #include <algorithm>
 #include <memory>
@@ -35,9 +35,9 @@ static QString pluginFile()
 /// What the program prints, line by line; nothing if it cannot run or fails.
 static QStringList outputOf(const QString& program, const QStringList& arguments)
 {
-    QProcess process;
+    ChildProcess process;
     process.start(program, arguments);
-    if (!process.waitForFinished(-1) || process.exitCode() != 0)
+    if (!process.waitForEnd() || process.exitCode() != 0)
         return {};
     return QString::fromLocal8Bit(process.readAllStandardOutput() + process.readAllStandardError())
         .split(QLatin1Char('\n'), Qt::SkipEmptyParts);

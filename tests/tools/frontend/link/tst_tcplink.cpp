@@ -12,7 +12,7 @@
 namespace {
 
 // Whoever waits for so long is ended by ctest before.
-constexpr int timeoutMs = 600000;
+constexpr int timeoutMs = patienceMs;
 
 /// A link that knows already whether its peer answers.
 struct Link
