@@ -13,7 +13,7 @@ namespace {
 template <typename Block>
 void fill(Block* block, PayloadComponent component, const VersionInfo& version)
 {
-    const int bytes = DeliveredFrontend::recordsOfAnUpdate * maxRecordBytes - payloadOverhead;
+    const int bytes = recordsOfAnUpdate * maxRecordBytes - payloadOverhead;
     block->text = version.toString().toLatin1();
     block->records = splitIntoRecords(makePayload({component, version, QString()}, bytes, 1));
 }
@@ -76,15 +76,9 @@ QStringList recordsIn(const Transcript& transcript)
 
 } // namespace
 
-DeliveredFrontend::DeliveredFrontend()
+QMap<QString, QByteArray> smallUpdates()
 {
-    const QFileInfo built(QStringLiteral(DEMO_FRONTEND));
-    m_folder.write("controller_update/v3.3.0.vx3img", controllerUpdate());
-    m_folder.write("controller_update/0x0901.VX2znimg", cameraUpdate());
-    // No link, since a running program is known by where it really is.
-    if (!QFile::copy(built.filePath(), program()) ||
-        !QFile::link(built.path() + "/modules", m_folder.path("modules")))
-        qFatal("cannot lay out %s", qPrintable(program()));
+    return {{"v3.3.0.vx3img", controllerUpdate()}, {"0x0901.VX2znimg", cameraUpdate()}};
 }
 
 QStringList FrontendStart::boxes() const

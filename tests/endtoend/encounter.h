@@ -1,5 +1,7 @@
 #pragma once
 
+#include "deliveredfrontend.h"
+
 #include <patience.h>
 
 #include <simulatedprogram.h>
@@ -24,20 +26,11 @@ enum FrontendCode
     StartAgain = 5,
 };
 
-/// A frontend as it is delivered, in a folder of its own: the program, the built module and small
-/// update files, v3.3.0 for controllers and v1.4.0 for cameras of model 0x0901.
-class DeliveredFrontend
-{
-public:
-    static constexpr int recordsOfAnUpdate = 24;
+/// How many records each of smallUpdates() has.
+constexpr int recordsOfAnUpdate = 24;
 
-    DeliveredFrontend();
-    QString folder() const { return m_folder.path(); }
-    QString program() const { return m_folder.path("demo-frontend"); }
-
-private:
-    FixtureFolder m_folder;
-};
+/// Update files by their names: v3.3.0 for controllers and v1.4.0 for cameras of model 0x0901.
+QMap<QString, QByteArray> smallUpdates();
 
 /// What one start of the frontend told, and what it left behind.
 struct FrontendStart

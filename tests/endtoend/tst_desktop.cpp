@@ -1,9 +1,11 @@
+#include "deliveredfrontend.h"
 #include "desktop.h"
 
 #include <endpoint.h>
 #include <wirelanguage.h>
 
 #include <fixturefiles.h>
+#include <imagefixtures.h>
 #include <testmain.h>
 
 #include <QJsonArray>
@@ -34,9 +36,10 @@ const QByteArray scenarioJson = R"({
 class System
 {
 public:
-    explicit System(const FixtureFolder& folder) : m_folder(folder)
+    explicit System(const FixtureFolder& folder, const QByteArray& scenario = scenarioJson)
+        : m_folder(folder)
     {
-        folder.write("behind.json", scenarioJson);
+        folder.write("behind.json", scenario);
     }
 
     enum class Pace
@@ -80,18 +83,35 @@ public:
     /// empty without an answer.
     QString state() const
     {
-        QTcpSocket socket;
-        socket.connectToHost(m_at.address, m_at.port);
-        if (!socket.waitForConnected(patienceMs))
-            return QString();
-        socket.write(equipmentLine(QByteArray(), "state"));
-        while (!socket.canReadLine() && socket.waitForReadyRead(patienceMs)) {
-        }
-        const std::optional<WireReply> reply = readReply(socket.readLine().trimmed());
+        const std::optional<WireReply> reply = ask("state");
         return reply ? stateText(QJsonDocument::fromJson(reply->text).object()) : QString();
     }
 
+    /// Has no query that begins with @p request answered for so many times; 0: ever.
+    /// @return whether the system took it
+    bool losesReplies(const QByteArray& request, int times)
+    {
+        const std::optional<WireReply> reply =
+            ask(QStringLiteral(R"(arm {"mode": "stay-silent", "request": "%1", "times": %2})")
+                    .arg(QString::fromLatin1(request))
+                    .arg(times)
+                    .toLatin1());
+        return reply && reply->ok;
+    }
+
 private:
+    std::optional<WireReply> ask(const QByteArray& line) const
+    {
+        QTcpSocket socket;
+        socket.connectToHost(m_at.address, m_at.port);
+        if (!socket.waitForConnected(patienceMs))
+            return std::nullopt;
+        socket.write(equipmentLine(QByteArray(), line));
+        while (!socket.canReadLine() && socket.waitForReadyRead(patienceMs)) {
+        }
+        return readReply(socket.readLine().trimmed());
+    }
+
     static QString stateText(const QJsonObject& state)
     {
         const QJsonObject memory = state["memory"].toObject();
@@ -113,8 +133,9 @@ private:
 class Session
 {
 public:
-    Session(Desktop& desktop, const System& system, const FixtureFolder& folder)
-        : m_desktop(desktop), m_program(DEMO_FRONTEND,
+    Session(Desktop& desktop, const System& system, const FixtureFolder& folder,
+            const QString& program = DEMO_FRONTEND)
+        : m_desktop(desktop), m_program(program,
                                         {"--connect", system.address(), "--state-dir",
                                          folder.path("state"), "--narrate"},
                                         desktop.environment())
@@ -173,6 +194,24 @@ private:
 const QString oldVersions = "v3.2.0 v1.3, has received nothing";
 const QString newVersions = "v3.3.0 v1.4, has received nothing";
 
+// A controller whose firmware is not known is offered all controller firmware that there is.
+QMap<QString, QByteArray> updatesFromAnyFirmware()
+{
+    const ControllerImageBlock before = systemBlock(VersionInfo(0, 0), VersionInfo(1, 2));
+    const ControllerImageBlock newest = systemBlock(VersionInfo(0, 0), VersionInfo(1, 3));
+    return {{"v3.2.0.vx3img",
+             controllerImageBytes(releaseImage(VersionInfo(3, 2, 0), VersionInfo(1, 3), {before}))},
+            {"v3.3.0.vx3img", controllerImageBytes(releaseImage(VersionInfo(3, 3, 0),
+                                                                VersionInfo(1, 4), {newest}))}};
+}
+
+QByteArray currentScenarioJson()
+{
+    return QByteArray(scenarioJson)
+        .replace("v3.2.0 2025-06-20", "v3.3.0 2025-09-30")
+        .replace("\"ct\": \"v1.3\"", "\"ct\": \"v1.4\"");
+}
+
 } // namespace
 
 /// The frontend with its built module on a real display, with a user's keys and clicks, against a
@@ -196,6 +235,8 @@ private slots:
     void systemKilledInARunIsUpdatedLater();
     void systemKilledWhileNothingHappensIsConnectedAgain();
     void planIsNotSentToAnotherSystem();
+    void oneLostReplyMakesNoControllerOld();
+    void lostRepliesLeadToAQuestion();
 
 private:
     Desktop desktop;
@@ -333,6 +374,47 @@ void TestDesktop::planIsNotSentToAnotherSystem()
     QVERIFY(session.reads("window    VORNIX3 v3.3.0 - Another system"));
     QVERIFY(session.reads("Frontend: Connected to 192.168.7.20"));
     QCOMPARE(system.state(), QString("v9.0.0 v1.3, has received nothing"));
+}
+
+void TestDesktop::oneLostReplyMakesNoControllerOld()
+{
+    const FixtureFolder folder;
+    const DeliveredFrontend delivered(updatesFromAnyFirmware());
+    System system(folder, currentScenarioJson());
+    QVERIFY(system.start());
+    Session user(desktop, system, folder, delivered.program());
+    QVERIFY(user.reads("Frontend: Module loaded"));
+    QVERIFY(system.losesReplies("system controller_version", 1));
+    QVERIFY(user.presses({"alt+h", "c"}, frontendTitle));
+    QVERIFY(user.reads("window    " + updateTitle));
+    QVERIFY(user.reads("Controller(s) and cameras are up to date"));
+    QVERIFY(user.reads("[Update] (off) [Exit]"));
+    QCOMPARE(system.state(), newVersions);
+}
+
+// Not even the answers to repeated questions come: the module takes the controller for an old one.
+void TestDesktop::lostRepliesLeadToAQuestion()
+{
+    const FixtureFolder folder;
+    const DeliveredFrontend delivered(updatesFromAnyFirmware());
+    System system(folder, currentScenarioJson());
+    QVERIFY(system.start());
+    Session user(desktop, system, folder, delivered.program());
+    QVERIFY(user.reads("Frontend: Module loaded"));
+    QVERIFY(system.losesReplies("system controller_version", 0));
+    QVERIFY(user.presses({"alt+h", "c"}, frontendTitle));
+    QVERIFY(user.reads("[x] | System update (zan-master) | v0.0.0 | v1.3 | yes | no"));
+    QVERIFY(user.reads("[x] | System update (zan-master) | v1.3 | v1.4 | yes | no"));
+    QVERIFY(user.startsTheRun());
+    QVERIFY(user.reads("This update would bring older versions than those that run."));
+    QVERIFY(user.reads("Controller firmware of zan-master: runs v1.4, would get v1.3"));
+    QVERIFY(user.reads("[Stop] [Update all the same]"));
+    QVERIFY(user.presses({"Escape"}, boxTitle));
+    QVERIFY(user.reads("The run was stopped before its first record. Nothing was sent."));
+    QVERIFY(user.reads("Update failed!"));
+    QVERIFY(user.presses({"Return"}, boxTitle));
+    QVERIFY(user.reads("[Update] [Exit]"));
+    QCOMPARE(system.state(), newVersions);
 }
 
 ZAN_TEST_MAIN(TestDesktop)

@@ -34,7 +34,7 @@ const char camera[] = R"({
     "timing": {"bootMs": 5000, "cameraRecordsPerSecond": 10, "cameraVerifyMs": 0}
 })";
 
-constexpr int all = DeliveredFrontend::recordsOfAnUpdate;
+constexpr int all = recordsOfAnUpdate;
 
 const QString allNewest = "result: All controllers and cameras run the newest versions.";
 
@@ -318,7 +318,7 @@ private:
     void checkEnd(const FrontendStart& start);
     void check(const Encounter& encounter, const Expectation& expected);
 
-    const DeliveredFrontend m_frontend;
+    const DeliveredFrontend m_frontend{smallUpdates()};
     Campaign m_campaign{m_frontend.program()};
     QStringList m_lookedAt;
     std::optional<Encounter> m_killed;
