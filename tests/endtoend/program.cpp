@@ -38,7 +38,7 @@ QString Program::waitForLine(const QString& part)
     while (true) {
         read();
         while (m_next < m_lines.size()) {
-            const QString line = m_lines.at(m_next++);
+            QString line = m_lines.at(m_next++);
             if (line.contains(part))
                 return line;
         }

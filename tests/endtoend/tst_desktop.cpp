@@ -72,8 +72,8 @@ public:
         kill();
         m_folder.write("behind.json", QByteArray(scenarioJson)
                                           .replace("One release behind", "Another system")
-                                          .replace("\"pt\": \"v3.2.0 2025-06-20\"",
-                                                   "\"pt\": \"v9.0.0 2027-06-20\""));
+                                          .replace(R"("pt": "v3.2.0 2025-06-20")",
+                                                   R"("pt": "v9.0.0 2027-06-20")"));
         QFile::remove(m_folder.path("system/state.json"));
         return start();
     }
@@ -209,7 +209,7 @@ QByteArray currentScenarioJson()
 {
     return QByteArray(scenarioJson)
         .replace("v3.2.0 2025-06-20", "v3.3.0 2025-09-30")
-        .replace("\"ct\": \"v1.3\"", "\"ct\": \"v1.4\"");
+        .replace(R"("ct": "v1.3")", R"("ct": "v1.4")");
 }
 
 } // namespace

@@ -10,10 +10,9 @@
 namespace QTest {
 
 template <>
-inline char* toString(const VersionInfo& version)
+inline char* toString(const VersionInfo& t) // Qt's name for it
 {
-    return qstrdup(
-        qPrintable(QStringLiteral("(%1,%2,%3)").arg(version.ma).arg(version.mi).arg(version.pa)));
+    return qstrdup(qPrintable(QStringLiteral("(%1,%2,%3)").arg(t.ma).arg(t.mi).arg(t.pa)));
 }
 
 } // namespace QTest

@@ -1,6 +1,7 @@
 // All headers of the contract under this spelling; twice does no harm.
 // Sorting would take the second ones away.
 // clang-format off
+// NOLINTBEGIN(readability-duplicate-include)
 #include <BackendVersions>
 #include <IOManager>
 #include <MessageReceiver>
@@ -11,6 +12,7 @@
 #include <MessageReceiver>
 #include <ModuleInterface>
 #include <VersionInfo>
+// NOLINTEND(readability-duplicate-include)
 
 #include "headernames.h"
 // clang-format on

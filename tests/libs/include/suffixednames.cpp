@@ -1,6 +1,7 @@
 // All headers of the contract under this spelling; twice does no harm.
 // Sorting would take the second ones away.
 // clang-format off
+// NOLINTBEGIN(readability-duplicate-include)
 #include <BackendVersions.h>
 #include <IOManager.h>
 #include <MessageReceiver.h>
@@ -11,6 +12,7 @@
 #include <MessageReceiver.h>
 #include <ModuleInterface.h>
 #include <VersionInfo.h>
+// NOLINTEND(readability-duplicate-include)
 
 #include "headernames.h"
 // clang-format on
