@@ -38,8 +38,10 @@ void TestModuleInterface::hasOnlyADestructorOfItsOwn()
 
 void TestModuleInterface::keepsTheOrderOfAMenuEntry()
 {
-    auto* action = reinterpret_cast<QAction*>(quintptr(0x10));
-    auto* widget = reinterpret_cast<QWidget*>(quintptr(0x20));
+    // Only their addresses are looked at.
+    quintptr places[2] = {};
+    auto* action = reinterpret_cast<QAction*>(&places[0]);
+    auto* widget = reinterpret_cast<QWidget*>(&places[1]);
     const GuiElement element{action, 1, QStringLiteral("&Help"), 2, widget, 3};
     QCOMPARE(element.menu_entry, action);
     QCOMPARE(element.menu_entry_order_number, 1);
