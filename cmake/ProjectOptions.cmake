@@ -6,6 +6,9 @@ target_compile_options(project-options INTERFACE
   -Wundef
   $<$<BOOL:${ZAN_WERROR}>:-Werror>)
 target_compile_definitions(project-options INTERFACE QT_DEPRECATED_WARNINGS)
+# What is delivered does not tell where it was built.
+target_compile_options(project-options INTERFACE
+  $<$<CONFIG:Release>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>)
 
 if(ZAN_SANITIZE)
   target_compile_options(project-options INTERFACE
@@ -24,6 +27,7 @@ function(zan_enable_qt_generators target)
   # AUTORCC breaks where the folder's name has a quote.
   get_target_property(resources ${target} SOURCES)
   list(FILTER resources INCLUDE REGEX "[.]qrc$")
-  qt5_add_resources(compiled_resources ${resources})
+  # Without the times of the files, which differ from clone to clone.
+  qt5_add_resources(compiled_resources ${resources} OPTIONS --format-version 1)
   target_sources(${target} PRIVATE ${compiled_resources})
 endfunction()

@@ -11,10 +11,10 @@ function(zan_add_library name)
     set(type OBJECT)
   endif()
   add_library(${name} ${type} ${arg_UNPARSED_ARGUMENTS})
-  target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
+  target_include_directories(${name} PUBLIC $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}>)
   target_link_libraries(${name}
     PUBLIC ${arg_PUBLIC}
-    PRIVATE ${arg_PRIVATE} project-options)
+    PRIVATE ${arg_PRIVATE} $<BUILD_INTERFACE:project-options>)
   zan_precompile(${name})
   if(arg_GENERATORS)
     zan_enable_qt_generators(${name})

@@ -46,12 +46,11 @@ struct CommandLine
                                  "serves there, instead of one in this process. HOST is an IP "
                                  "address or localhost.",
                                  "HOST:PORT"};
-    QCommandLineOption stateDir{
-        "state-dir",
-        "State folder: a new or an empty one, or one that was made as such "
-        "before; state/SCENARIO beside the folder of the program if none is "
-        "given.",
-        "DIR"};
+    QCommandLineOption stateDir{"state-dir",
+                                "State folder: a new or an empty one, or one that was made as such "
+                                "before; zanupdate/SCENARIO in XDG_STATE_HOME (~/.local/state) if "
+                                "none is given.",
+                                "DIR"};
     QCommandLineOption fresh{"fresh", "Forgets what the state folder holds, and starts anew."};
     QCommandLineOption fast{"fast", "Controllers take records as they come, not at their own pace "
                                     "(2750 a second), and an answer that would come too late is "
@@ -136,6 +135,15 @@ QString stateNameOf(const Options& options)
     return scenario.isAbsolute() ? scenario.completeBaseName() : options.scenario;
 }
 
+// The folder of the program is nobody's own where it is installed.
+QString defaultStateDir(const Options& options)
+{
+    QString home = qEnvironmentVariable("XDG_STATE_HOME");
+    if (QDir::isRelativePath(home))
+        home = QDir::homePath() + QLatin1String("/.local/state");
+    return QDir::cleanPath(home + QLatin1String("/zanupdate/") + stateNameOf(options));
+}
+
 Options optionsOf(const CommandLine& line, const QString& programDir)
 {
     const QCommandLineParser& parser = line.parser;
@@ -148,9 +156,8 @@ Options optionsOf(const CommandLine& line, const QString& programDir)
         options.recordFile = absolute(parser.value(line.record));
     if (parser.isSet(line.replay))
         options.replayFile = absolute(parser.value(line.replay));
-    options.stateDir = parser.isSet(line.stateDir)
-                           ? absolute(parser.value(line.stateDir))
-                           : QDir::cleanPath(programDir + "/../state/" + stateNameOf(options));
+    options.stateDir = parser.isSet(line.stateDir) ? absolute(parser.value(line.stateDir))
+                                                   : defaultStateDir(options);
     options.pluginFile = parser.isSet(line.plugin)
                              ? absolute(parser.value(line.plugin))
                              : programDir + QLatin1String("/modules/libZanUpdateModule.so");

@@ -24,6 +24,8 @@ class TestOptions : public QObject
     Q_OBJECT
 
 private slots:
+    void init() { qputenv("XDG_STATE_HOME", "/opt/states"); }
+
     void withoutArgumentsTheDefaultsHold()
     {
         Options options;
@@ -31,7 +33,7 @@ private slots:
         QVERIFY(parse({}, &options, &error));
         QVERIFY(options.action == Options::Action::Run);
         QCOMPARE(options.scenario, QString("cascade"));
-        QCOMPARE(options.stateDir, QString("/opt/build/state/cascade"));
+        QCOMPARE(options.stateDir, QString("/opt/states/zanupdate/cascade"));
         QCOMPARE(options.pluginFile, QString("/opt/build/demo/modules/libZanUpdateModule.so"));
         QVERIFY(options.screenshotDir.isEmpty());
         QVERIFY(options.recordFile.isEmpty() && options.replayFile.isEmpty());
@@ -74,7 +76,27 @@ private slots:
         Options options;
         QString error;
         QVERIFY(parse({"--scenario", "protocol-1.22"}, &options, &error));
-        QCOMPARE(options.stateDir, QString("/opt/build/state/protocol-1.22"));
+        QCOMPARE(options.stateDir, QString("/opt/states/zanupdate/protocol-1.22"));
+    }
+
+    void withoutAPlaceForStatesTheyStandInTheHomeFolder_data()
+    {
+        QTest::addColumn<QByteArray>("place");
+        QTest::newRow("none is told") << QByteArray();
+        QTest::newRow("one that depends on the current folder") << QByteArray("states");
+    }
+
+    void withoutAPlaceForStatesTheyStandInTheHomeFolder()
+    {
+        QFETCH(const QByteArray, place);
+        Options options;
+        QString error;
+        if (place.isEmpty())
+            qunsetenv("XDG_STATE_HOME");
+        else
+            qputenv("XDG_STATE_HOME", place);
+        QVERIFY(parse({}, &options, &error));
+        QCOMPARE(options.stateDir, QDir::homePath() + "/.local/state/zanupdate/cascade");
     }
 
     void scenarioFileIsFoundFromAnyFolder()
@@ -83,7 +105,7 @@ private slots:
         QString error;
         QVERIFY(parse({"--scenario", "my.json"}, &options, &error));
         QCOMPARE(options.scenario, here("my.json"));
-        QCOMPARE(options.stateDir, QString("/opt/build/state/my"));
+        QCOMPARE(options.stateDir, QString("/opt/states/zanupdate/my"));
         QVERIFY(parse({"--scenario", "dir/mine"}, &options, &error));
         QCOMPARE(options.scenario, here("dir/mine"));
     }
@@ -95,7 +117,7 @@ private slots:
         QVERIFY(parse({"--replay", "r/run.2.transcript", "--headless", "--fast", "--fresh"},
                       &options, &error));
         QCOMPARE(options.replayFile, here("r/run.2.transcript"));
-        QCOMPARE(options.stateDir, QString("/opt/build/state/run.2"));
+        QCOMPARE(options.stateDir, QString("/opt/states/zanupdate/run.2"));
         QVERIFY(options.recordFile.isEmpty());
     }
 
@@ -120,7 +142,7 @@ private slots:
         QVERIFY(parse({"--connect", "localhost:4711", "--headless"}, &options, &error));
         QVERIFY(options.peer);
         QCOMPARE(options.peer->text(), QString("127.0.0.1:4711"));
-        QCOMPARE(options.stateDir, QString("/opt/build/state/connected-127.0.0.1-4711"));
+        QCOMPARE(options.stateDir, QString("/opt/states/zanupdate/connected-127.0.0.1-4711"));
         QVERIFY(parse({"--connect", "[::1]:4711", "--state-dir", "/s"}, &options, &error));
         QCOMPARE(options.peer->text(), QString("[::1]:4711"));
         QCOMPARE(options.stateDir, QString("/s"));
