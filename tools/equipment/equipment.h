@@ -15,6 +15,7 @@ struct EquipmentState
     QVector<ControllerState> controllers;       ///< master first
     QVector<CameraState> cameras;               ///< "c01" first
     FaultPlan faults;                           ///< those that have not struck as often as they may
+    QString updatedBy; ///< another host than this one that updates the system; empty: none
 };
 
 /// Equipment that nobody has looked at yet: with the devices of @p scenario, and nothing going on.
@@ -69,6 +70,9 @@ public:
     virtual bool isAtHand() const { return true; }
     /// Waits, for a second at most, until everything can be seen that was done up to now.
     virtual void catchUp() {}
+
+    /// Whether another host updates the system, so that it must not be disturbed.
+    bool isInOtherHands() const { return !state().updatedBy.isEmpty(); }
 
     /// Whether the system answers: it has power and is not restarting.
     bool isReachable() const { return isAtHand() && state().power == Power::On; }

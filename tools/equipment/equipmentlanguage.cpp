@@ -180,7 +180,8 @@ QByteArray reportToJson(const EquipmentReport& report, const SystemMemory& memor
                     {QStringLiteral("msUntilReachable"), report.msUntilReachable},
                     {QStringLiteral("controllers"), activitiesOf(report.state.controllers)},
                     {QStringLiteral("cameras"), activitiesOf(report.state.cameras)},
-                    {QStringLiteral("faults"), faults}});
+                    {QStringLiteral("faults"), faults},
+                    {QStringLiteral("updatedBy"), report.state.updatedBy}});
 }
 
 std::optional<EquipmentReport> reportFromJson(const QByteArray& json, const Scenario& scenario,
@@ -207,6 +208,7 @@ std::optional<EquipmentReport> reportFromJson(const QByteArray& json, const Scen
     readActivities(&root, QStringLiteral("cameras"), &state.cameras);
     for (const CheckedObject& fault : root.objects(QStringLiteral("faults")))
         state.faults.add(faultFromJson(fault, scenario.deviceNames()));
+    state.updatedBy = root.text(QStringLiteral("updatedBy"), QString());
     root.finish();
     if (!root.ok())
         return std::nullopt;

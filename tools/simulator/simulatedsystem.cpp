@@ -225,6 +225,12 @@ const BlockReceiver& SimulatedSystem::takeCameraRecord(int index, int count, int
     return m_receiver;
 }
 
+void SimulatedSystem::setUpdatedBy(const QString& name)
+{
+    if (std::exchange(m_state.updatedBy, name) != name)
+        emit changed();
+}
+
 void SimulatedSystem::dropReception(const QString& reason)
 {
     if (m_receiver.state() == BlockReceiver::State::Receiving) {

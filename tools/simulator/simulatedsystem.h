@@ -87,6 +87,8 @@ public:
     /// Takes one record for camera @p index, which must exist. A camera whose image is refused
     /// forgets the images before it, as they belong together.
     const BlockReceiver& takeCameraRecord(int index, int count, int number, const QByteArray& text);
+    /// Who updates the system, for those who look at it; empty: nobody.
+    void setUpdatedBy(const QString& name);
     /// Ends the reception of a block that is not complete; @p reason is for the views.
     void dropReception(const QString& reason);
 

@@ -1,5 +1,7 @@
 #include "remoteaccess.h"
 
+#include "hostname.h"
+
 #include <checkedjson.h>
 #include <wirelanguage.h>
 
@@ -93,8 +95,8 @@ std::unique_ptr<RemoteAccess> RemoteAccess::connectTo(const Endpoint& peer, QStr
 
 RemoteAccess::RemoteAccess(const Endpoint& peer, const Scenario& scenario,
                            const QByteArray& identity)
-    : m_identity(identity), m_equipment(peer, scenario, identity),
-      m_link(peer, scenario.address(), identity)
+    : m_identity(identity), m_equipment(peer, scenario, identity, nameOfThisHost()),
+      m_link(peer, scenario.address(), identity, nameOfThisHost())
 {
     // So that nothing is shown at first that is not so.
     m_equipment.catchUp();

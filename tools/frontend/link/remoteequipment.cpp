@@ -17,9 +17,10 @@ constexpr char aliveTag[] = "#alive";
 
 } // namespace
 
-RemoteEquipment::RemoteEquipment(const Endpoint& peer, Scenario scenario, QByteArray identity)
-    : m_peer(peer), m_scenario(std::move(scenario)),
-      m_identity(std::move(identity)), m_report{untouchedEquipment(m_scenario), 0},
+RemoteEquipment::RemoteEquipment(const Endpoint& peer, Scenario scenario, QByteArray identity,
+                                 QString name)
+    : m_peer(peer), m_scenario(std::move(scenario)), m_identity(std::move(identity)),
+      m_name(std::move(name)), m_report{untouchedEquipment(m_scenario), 0},
       m_socket(peer, maxStateLine)
 {
     connect(&m_socket, &LineSocket::opened, this, &RemoteEquipment::handleOpened);
@@ -77,10 +78,12 @@ void RemoteEquipment::askForState(const QByteArray& how)
 
 void RemoteEquipment::perform(const EquipmentCommand& command)
 {
-    if (m_isAtHand)
-        m_socket.write(equipmentLine(QByteArray(), commandLine(command)));
-    else
+    if (!m_isAtHand)
         emit trouble(tr("%1 cannot be reached, so nothing was done.").arg(m_peer.text()));
+    else if (isInOtherHands())
+        emit trouble(tr("%1 updates the system, so nothing was done.").arg(state().updatedBy));
+    else
+        m_socket.write(equipmentLine(QByteArray(), commandLine(command)));
 }
 
 void RemoteEquipment::handleLine(const QByteArray& line)
@@ -109,6 +112,7 @@ void RemoteEquipment::handleClosed()
 {
     m_statesAskedFor = 0;
     m_quiet.stop();
+    m_report.state.updatedBy.clear();
     if (!std::exchange(m_isAtHand, false))
         return;
     tell(tr("The connection to %1 is lost.").arg(m_peer.text()));
@@ -124,6 +128,8 @@ void RemoteEquipment::adopt(const QByteArray& json)
         return;
     }
     m_report = *report;
+    if (m_report.state.updatedBy == m_name)
+        m_report.state.updatedBy.clear();
     m_reportAge.start();
     m_isAtHand = true;
     m_toldLast.clear();

@@ -18,7 +18,9 @@ public:
 
     /// @param scenario the one of that system
     /// @param identity of that system; empty: whatever answers will do
-    RemoteEquipment(const Endpoint& peer, Scenario scenario, QByteArray identity = QByteArray());
+    /// @param name by which the system knows this host, so that it is not taken for another one
+    RemoteEquipment(const Endpoint& peer, Scenario scenario, QByteArray identity = QByteArray(),
+                    QString name = QString());
 
     /// Whether another system has taken its place at the other end.
     bool isExchanged() const { return m_isExchanged; }
@@ -42,6 +44,7 @@ private:
     Endpoint m_peer;
     Scenario m_scenario;
     QByteArray m_identity;
+    QString m_name;
     EquipmentReport m_report;
     QElapsedTimer m_reportAge;
     LineSocket m_socket;

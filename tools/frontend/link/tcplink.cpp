@@ -10,6 +10,7 @@ constexpr int maxReplyLine = 1024;
 constexpr int probeIntervalMs = 500;
 constexpr char probeTag[] = "#power";
 constexpr char identityTag[] = "#identity";
+constexpr char nameTag[] = "#name";
 
 Reply replyFrom(const WireReply& line, Operation operation)
 {
@@ -23,9 +24,9 @@ Reply replyFrom(const WireReply& line, Operation operation)
 
 } // namespace
 
-TcpLink::TcpLink(const Endpoint& peer, QString controllerAddress, QByteArray identity)
+TcpLink::TcpLink(const Endpoint& peer, QString controllerAddress, QByteArray identity, QString name)
     : m_controllerAddress(std::move(controllerAddress)), m_identity(std::move(identity)),
-      m_socket(peer, maxReplyLine)
+      m_name(std::move(name)), m_socket(peer, maxReplyLine)
 {
     connect(&m_socket, &LineSocket::opened, this, &TcpLink::handleOpened);
     connect(&m_socket, &LineSocket::lineReceived, this, &TcpLink::handleLine);
@@ -110,6 +111,8 @@ void TcpLink::handleOpened()
 void TcpLink::begin()
 {
     m_isKnown = true;
+    if (!m_name.isEmpty())
+        m_socket.write(equipmentLine(nameTag, "introduce " + m_name.toUtf8()));
     probe();
     m_socket.write(std::exchange(m_unsent, QByteArray()));
 }

@@ -19,7 +19,9 @@ class TcpLink final : public QObject, public CommandLink
 public:
     /// @param controllerAddress what address() tells, as the peer only stands in for a controller
     /// @param identity of the system, as its bench tells; empty: whatever answers will do
-    TcpLink(const Endpoint& peer, QString controllerAddress, QByteArray identity = QByteArray());
+    /// @param name by which the system knows this host, see nameOfThisHost(); empty: by none
+    TcpLink(const Endpoint& peer, QString controllerAddress, QByteArray identity = QByteArray(),
+            QString name = QString());
 
     /// Waits until it is known whether the controllers answer, or until the time has run out.
     void catchUp(int timeoutMs);
@@ -43,6 +45,7 @@ private:
 
     QString m_controllerAddress;
     QByteArray m_identity;
+    QString m_name;
     LineSocket m_socket;
     QTimer m_probeTimer;
     quint64 m_number = 0;

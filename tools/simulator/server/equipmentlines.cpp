@@ -10,6 +10,10 @@ namespace {
 
 // More make no sense, and a line has to hold them all.
 constexpr int maxArmedFaults = 100;
+// A reply has to hold it with some words around it.
+constexpr int maxNameCharacters = 100;
+
+constexpr char introduction[] = "introduce";
 
 EquipmentAnswer failed(const QString& reason)
 {
@@ -63,12 +67,20 @@ EquipmentAnswer perform(SimulatedSystem& system, const EquipmentCommand& command
     return {true, QByteArray(), false};
 }
 
+EquipmentAnswer introduce(const QByteArray& name)
+{
+    const QString text =
+        QString::fromUtf8(name).remove(QLatin1Char('"')).simplified().left(maxNameCharacters);
+    return text.isEmpty() ? failed(QStringLiteral("a name is expected"))
+                          : EquipmentAnswer{true, QByteArray(), false, text};
+}
+
 QString knownWords()
 {
     QStringList words;
     for (const Question& question : questions)
         words += QLatin1String(question.word);
-    return (words + commandWords()).join(QStringLiteral(", "));
+    return (words + commandWords() << QLatin1String(introduction)).join(QStringLiteral(", "));
 }
 
 } // namespace
@@ -82,6 +94,8 @@ EquipmentAnswer answerEquipmentLine(SimulatedSystem& system, const QByteArray& l
                                               [&](const Question& it) { return word == it.word; });
     if (question != std::end(questions))
         return question->answer(system);
+    if (word == introduction)
+        return introduce(argument);
     if (!commandWords().contains(QLatin1String(word)))
         return failed(QStringLiteral("the bench knows: ") + knownWords());
     QString error;

@@ -14,6 +14,7 @@ struct EquipmentAnswer
     bool ok = false;      ///< whether it could be done
     QByteArray text;      ///< what was asked for, or why it could not be done; one line
     bool watches = false; ///< the peer wants to be told of each change from now on
+    QString name = {};    ///< by which the peer goes from now on; empty: nothing was said of it
 };
 
 /// Does what @p line asks for, which comes without the word before it.

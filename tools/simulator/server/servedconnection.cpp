@@ -1,7 +1,9 @@
 #include "servedconnection.h"
 
 #include "equipmentlines.h"
+#include "updateturn.h"
 
+#include <endpoint.h>
 #include <errorreply.h>
 
 #include <QTcpSocket>
@@ -17,9 +19,10 @@ constexpr int stateIntervalMs = 50;
 
 } // namespace
 
-ServedConnection::ServedConnection(QTcpSocket* socket, SimulatedSystem& system, QObject* parent)
-    : QObject(parent), m_system(system), m_interpreter(system), m_socket(socket),
-      m_lines(maxRequestLine)
+ServedConnection::ServedConnection(QTcpSocket* socket, SimulatedSystem& system, UpdateTurn& turn,
+                                   QObject* parent)
+    : QObject(parent), m_system(system), m_turn(turn), m_interpreter(system), m_socket(socket),
+      m_name(Endpoint{socket->peerAddress(), socket->peerPort()}.text()), m_lines(maxRequestLine)
 {
     socket->setParent(this);
     socket->setReadBufferSize(readBufferBytes);
@@ -43,6 +46,7 @@ void ServedConnection::retire()
     m_system.disconnect(this);
     m_dueTimer.stop();
     m_stateTimer.stop();
+    m_turn.leave(*this);
     deleteLater();
 }
 
@@ -81,12 +85,23 @@ void ServedConnection::serve(const WireRequest& request)
 void ServedConnection::command(const WireRequest& request)
 {
     m_carriesCommands = true;
-    const Reply reply = m_interpreter.execute(request.operation, request.text);
+    const Reply reply = replyTo(request);
     m_devices.begin(reply.deviceMs);
     if (reply.delivery == Delivery::ConnectionLost)
         queue(QByteArray());
     else if (reply.delivery == Delivery::Answered)
         queue(replyLine(request.tag, reply.ok, reply.text));
+}
+
+Reply ServedConnection::replyTo(const WireRequest& request)
+{
+    const QString whyNot = m_turn.whyNot(*this, m_name, request.operation, request.text);
+    if (whyNot.isEmpty())
+        return m_interpreter.execute(request.operation, request.text);
+    Reply refusal;
+    refusal.ok = request.operation == Operation::Command;
+    refusal.text = errorReply(ErrorCode::NotNow, whyNot);
+    return refusal;
 }
 
 void ServedConnection::attend(const WireRequest& request)
@@ -96,6 +111,8 @@ void ServedConnection::attend(const WireRequest& request)
     m_socket->write(replyLine(request.tag, reply.ok, reply.text));
     if (reply.watches)
         m_watches = true;
+    if (!reply.name.isEmpty())
+        m_name = reply.name;
 }
 
 void ServedConnection::queue(const QByteArray& bytes)

@@ -11,6 +11,7 @@
 #include <deque>
 
 class QTcpSocket;
+class UpdateTurn;
 
 /// The system's end of one connection: answers its lines, each when the devices are done with it.
 ///
@@ -22,8 +23,9 @@ class ServedConnection : public QObject
 
 public:
     /// @param socket connected; the object takes it over
-    /// @param system must outlive the connection
-    ServedConnection(QTcpSocket* socket, SimulatedSystem& system, QObject* parent);
+    /// @param system,turn must outlive the connection
+    ServedConnection(QTcpSocket* socket, SimulatedSystem& system, UpdateTurn& turn,
+                     QObject* parent);
 
 private:
     /// A line that waits until it is due; one without bytes closes the connection.
@@ -37,6 +39,7 @@ private:
     void serveLines();
     void serve(const WireRequest& request);
     void command(const WireRequest& request);
+    Reply replyTo(const WireRequest& request);
     void attend(const WireRequest& request);
     void queue(const QByteArray& bytes);
     void hangUp();
@@ -46,8 +49,10 @@ private:
     void tellState();
 
     SimulatedSystem& m_system;
+    UpdateTurn& m_turn;
     CommandInterpreter m_interpreter;
     QTcpSocket* m_socket;
+    QString m_name; // of the peer
     LineBuffer m_lines;
     DevicePace m_devices;
     std::deque<DueLine> m_due;

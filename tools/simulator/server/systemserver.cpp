@@ -5,7 +5,7 @@
 #include <QTcpSocket>
 
 SystemServer::SystemServer(SimulatedSystem& system, QObject* parent)
-    : QObject(parent), m_system(system)
+    : QObject(parent), m_system(system), m_turn(system)
 {
     connect(&m_server, &QTcpServer::newConnection, this, &SystemServer::accept);
 }
@@ -27,7 +27,7 @@ void SystemServer::accept()
             continue;
         }
         ++m_connections;
-        auto* connection = new ServedConnection(socket, m_system, this);
+        auto* connection = new ServedConnection(socket, m_system, m_turn, this);
         connect(connection, &QObject::destroyed, this, [this] { --m_connections; });
     }
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "updateturn.h"
+
 #include <endpoint.h>
 
 #include <QTcpServer>
@@ -31,6 +33,7 @@ private:
     void accept();
 
     SimulatedSystem& m_system;
+    UpdateTurn m_turn;
     QTcpServer m_server;
     int m_connections = 0;
 };

@@ -2,6 +2,7 @@
 
 #include <simulatorfixtures.h>
 
+#include <hostname.h>
 #include <remoteaccess.h>
 #include <systemserver.h>
 
@@ -91,6 +92,23 @@ private slots:
         QVERIFY(reply);
         QCOMPARE(QString::fromUtf8(reply->text),
                  shippedScenario(name).controllers.constFirst().hostName);
+    }
+
+    void ownUpdateIsInNoOtherHands()
+    {
+        const ServingThread serving(shippedScenario("single"));
+        QString error;
+        const std::unique_ptr<RemoteAccess> ann = RemoteAccess::connectTo(serving.at, &error);
+        QVERIFY2(ann, qPrintable(error));
+        const RemoteEquipment ben(serving.at, shippedScenario("single"));
+        ann->link().send(Operation::SetValue, "system redirect_update none");
+        QVERIFY(ann->link().wait(patienceMs));
+        QTRY_VERIFY(ben.isInOtherHands());
+        QCOMPARE(ben.state().updatedBy, nameOfThisHost());
+        QVERIFY(nameOfThisHost().endsWith(
+            QStringLiteral(", process %1").arg(QCoreApplication::applicationPid())));
+        ann->equipment().catchUp();
+        QVERIFY(!ann->equipment().isInOtherHands());
     }
 
     void systemThatRestartsIsKnownToDoSo()

@@ -37,8 +37,8 @@ struct Served
 /// Remote equipment with what it told.
 struct Remote
 {
-    Remote(const Endpoint& peer, const QString& scenario)
-        : equipment(peer, shippedScenario(scenario))
+    Remote(const Endpoint& peer, const QString& scenario, const QString& name = QString())
+        : equipment(peer, shippedScenario(scenario), QByteArray(), name)
     {
         QObject::connect(&equipment, &Equipment::trouble,
                          [this](const QString& text) { trouble.append(text); });
@@ -126,6 +126,40 @@ private slots:
         remote.equipment.perform({EquipmentCommand::Kind::PowerCycle});
         QTRY_COMPARE(served.system.power(), Power::Restarting);
         QVERIFY(remote.trouble.isEmpty());
+    }
+
+    void systemThatAnotherHostUpdatesIsLookedAtOnly()
+    {
+        Served served("cascade");
+        Remote ann(served.at, "cascade", "ann@console");
+        Remote ben(served.at, "cascade", "ben@desk");
+        QTRY_VERIFY(ann.equipment.isAtHand() && ben.equipment.isAtHand());
+        served.system.setUpdatedBy("ann@console");
+        QTRY_VERIFY(ben.equipment.isInOtherHands());
+        QCOMPARE(ben.equipment.state().updatedBy, QString("ann@console"));
+        ben.equipment.perform({EquipmentCommand::Kind::PowerCycle});
+        QCOMPARE(ben.trouble, QStringList{"ann@console updates the system, so nothing was done."});
+        // She herself is no other host.
+        served.system.setMeasuring(true);
+        QTRY_COMPARE(ann.equipment.state().measurement, Measurement::Running);
+        QVERIFY(!ann.equipment.isInOtherHands());
+        QCOMPARE(served.system.power(), Power::On);
+
+        served.system.setUpdatedBy(QString());
+        QTRY_VERIFY(!ben.equipment.isInOtherHands());
+        ben.equipment.perform({EquipmentCommand::Kind::PowerCycle});
+        QTRY_COMPARE(served.system.power(), Power::Restarting);
+    }
+
+    void nobodyUpdatesASystemThatIsGone()
+    {
+        Served served("cascade");
+        Remote ben(served.at, "cascade", "ben@desk");
+        served.system.setUpdatedBy("ann@console");
+        QTRY_VERIFY(ben.equipment.isInOtherHands());
+        served.server.reset();
+        QTRY_VERIFY(!ben.equipment.isAtHand());
+        QVERIFY(!ben.equipment.isInOtherHands());
     }
 
     void sameComplaintsAreToldOnceAndLongOnesAreCut()

@@ -126,6 +126,18 @@ private slots:
                                                   "#2 get system hostname"}));
     }
 
+    void systemIsToldWhoComes()
+    {
+        ScriptedPeer peer({[](PeerConnection& connection) {
+            connection.readLine();
+            answerAll(connection);
+        }});
+        TcpLink link(peer.endpoint(), "192.168.7.20", QByteArray(), "ann@console");
+        link.catchUp(timeoutMs);
+        QCOMPARE(peer.lines(),
+                 (QList<QByteArray>{"#name bench introduce ann@console", "#power bench power"}));
+    }
+
     void replyIsRead_data()
     {
         QTest::addColumn<int>("operation");

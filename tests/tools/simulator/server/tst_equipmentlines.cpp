@@ -74,6 +74,7 @@ void compareWithItsState(const SimulatedSystem& system)
     QCOMPARE(state.power, system.power());
     QCOMPARE(state.measurement, system.measurement());
     QCOMPARE(report->msUntilReachable, system.msUntilReachable());
+    QCOMPARE(state.updatedBy, system.state().updatedBy);
     const QVector<Fault>& faults = state.faults.armed();
     QCOMPARE(faults.size(), system.armedFaults().size());
     for (int i = 0; i < faults.size(); ++i)
@@ -191,6 +192,29 @@ private slots:
         QCOMPARE(equipment.system.armedFaults().size(), 100);
     }
 
+    void peerIsKnownByItsName_data()
+    {
+        QTest::addColumn<QByteArray>("line");
+        QTest::addColumn<QString>("name");
+        QTest::newRow("as it says")
+            << QByteArray("introduce ann@console-3, process 4711") << "ann@console-3, process 4711";
+        QTest::newRow("in UTF-8") << QByteArray("introduce J\xC3\xBCrgen") << "Jürgen";
+        QTest::newRow("without what would break a reply")
+            << QByteArray("introduce \"ann\"\t at  home") << "ann at home";
+        QTest::newRow("a long one is cut")
+            << "introduce " + QByteArray(500, 'x') << QString(100, 'x');
+    }
+
+    void peerIsKnownByItsName()
+    {
+        QFETCH(const QByteArray, line);
+        SimulatedSite equipment("single");
+        const EquipmentAnswer reply = answerEquipmentLine(equipment.system, line);
+        QVERIFY(reply.ok);
+        QTEST(reply.name, "name");
+        QCOMPARE(answerEquipmentLine(equipment.system, "power").name, QString());
+    }
+
     void whatCannotBeDoneIsExplained_data()
     {
         QTest::addColumn<QByteArray>("line");
@@ -200,10 +224,11 @@ private slots:
         };
         const QString known =
             "the bench knows: scenario, state, power, watch, identity, power-cycle, "
-            "power-cycle-camera, measure, arm, disarm";
+            "power-cycle-camera, measure, arm, disarm, introduce";
         row("nothing", "", known);
         row("unknown word", "dance", known);
         row("word with a zero byte behind it", QByteArray("state\0", 6), known);
+        row("introduction without a name", "introduce \" \"", "a name is expected");
         row("camera that is not there", "power-cycle-camera c99", "no such camera");
         row("camera without its name", "power-cycle-camera", "no such camera");
         row("camera by its bare number", "power-cycle-camera 1", "no such camera");
@@ -263,6 +288,7 @@ private slots:
         compareWithItsState(equipment.system);
         equipment.system.powerCycleCamera(0);
         equipment.system.setMeasuring(true);
+        equipment.system.setUpdatedBy("ann@console");
         compareWithItsState(equipment.system);
         equipment.system.shutDown();
         compareWithItsState(equipment.system);

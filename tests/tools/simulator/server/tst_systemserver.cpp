@@ -345,6 +345,41 @@ private slots:
         QCOMPARE(watcher.received().count("\nstate {"), 1);
     }
 
+    void onePeerUpdatesAtATime()
+    {
+        Served served;
+        Peer ann(served);
+        Peer ben(served);
+        Peer watcher(served);
+        watcher.ask("bench watch\n");
+        QCOMPARE(ann.ask("bench introduce ann@console-3, process 4711\n"), QByteArray("ok\n"));
+        QCOMPARE(ann.ask("set system redirect_update none\n"), QByteArray("ok vornix2 ok\n"));
+        QTRY_VERIFY(watcher.received().contains(R"("updatedBy":"ann@console-3, process 4711")"));
+
+        const QByteArray refusal =
+            "vornix2 err -3 \"ann@console-3, process 4711 updates the system\"\n";
+        QCOMPARE(ben.ask("set system update 9 1 AB\n"), "failed " + refusal);
+        QCOMPARE(ben.ask("vornix2 system reboot\n"), "ok " + refusal);
+        QCOMPARE(served.system.power(), Power::On);
+        QCOMPARE(ben.ask("get system hostname\n"), QByteArray("ok zan-master\n"));
+
+        // One that dies gives the others way.
+        ann.socket.abort();
+        QTRY_COMPARE(served.system.state().updatedBy, QString());
+        QCOMPARE(ben.ask("set system redirect_update none\n"), QByteArray("ok vornix2 ok\n"));
+        const QString benHimself = QStringLiteral("127.0.0.1:%1").arg(ben.socket.localPort());
+        QCOMPARE(served.system.state().updatedBy, benHimself);
+    }
+
+    void restartEndsTheTurn()
+    {
+        Served served;
+        Peer ann(served);
+        QCOMPARE(ann.ask("set system redirect_update none\n"), QByteArray("ok vornix2 ok\n"));
+        QCOMPARE(ann.ask("vornix2 system reboot\n"), QByteArray("ok vornix2 ok\n"));
+        QTRY_COMPARE(served.system.state().updatedBy, QString());
+    }
+
     void peersAreServedUpToALimit()
     {
         const Served served;
