@@ -50,6 +50,7 @@ static void press(QMessageBox& box, QMessageBox::StandardButton which)
 
 ModalDriver::ModalDriver(int deadlineMs) : m_deadlineMs(deadlineMs)
 {
+    qApp->installEventFilter(this);
     connect(&m_timer, &QTimer::timeout, this, [this] {
         // Not from the timer itself, which does not fire again before its slot has returned, and
         // that may be after windows nested in this one.
@@ -87,6 +88,13 @@ ModalDriver::Acted* ModalDriver::acted(const QDialog* dialog)
     const auto found = std::find_if(m_acted.begin(), m_acted.end(),
                                     [&](const Acted& entry) { return entry.dialog == dialog; });
     return found != m_acted.end() ? &*found : nullptr;
+}
+
+bool ModalDriver::eventFilter(QObject* object, QEvent* event)
+{
+    if (event->type() == QEvent::Show && qobject_cast<QDialog*>(object))
+        QMetaObject::invokeMethod(this, &ModalDriver::tick, Qt::QueuedConnection);
+    return false;
 }
 
 void ModalDriver::tick()

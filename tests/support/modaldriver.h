@@ -64,6 +64,10 @@ public:
     /// What came, in order: the texts of the boxes, the object names of the dialogs.
     const QStringList& seen() const { return m_seen; }
 
+    /// Of all windows: one that opens is met before its timers run out, however long it took to
+    /// open.
+    bool eventFilter(QObject* object, QEvent* event) override;
+
 private:
     using Act = std::function<void(QDialog&)>;
     struct Expected

@@ -13,6 +13,7 @@ private slots:
     void takesWindowsInTheirOrder();
     void takesAWindowInsideAWindow();
     void takesTheSameDialogTwice();
+    void meetsAWindowBeforeItsTimersRunOut();
     void saysWhatHasNotCome();
 };
 
@@ -99,6 +100,23 @@ void TestModalDriver::takesTheSameDialogTwice()
     QCOMPARE(dialog.exec(), 3);
     QCOMPARE(dialog.exec(), 4);
     QVERIFY2(driver.isDone(), qPrintable(driver.missing()));
+}
+
+// On a busy machine a window takes its time to open, and what it does by itself is due by then.
+void TestModalDriver::meetsAWindowBeforeItsTimersRunOut()
+{
+    ModalDriver driver;
+    QStringList order;
+    QDialog dialog;
+    dialog.setObjectName(QStringLiteral("name"));
+    driver.expectDialog(QStringLiteral("name"), [&](QDialog&) { order += "user"; });
+    QTimer::singleShot(1, &dialog, [&] {
+        order += "timer";
+        dialog.reject();
+    });
+    QTest::qSleep(20); // longer than the timer
+    dialog.exec();
+    QCOMPARE(order, (QStringList{"user", "timer"}));
 }
 
 void TestModalDriver::saysWhatHasNotCome()
