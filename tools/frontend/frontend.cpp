@@ -91,6 +91,7 @@ Frontend::Frontend(std::unique_ptr<SystemAccess> access, const Options& options)
 Frontend::~Frontend()
 {
     m_module.leave();
+    m_channel.removeWatcher(m_monitor);
 }
 
 void Frontend::watchRuns()
@@ -101,6 +102,10 @@ void Frontend::watchRuns()
     connect(&m_runs, &RunFollower::resultChanged, this, &Frontend::showResults);
     m_runs.setPermission(
         [this](const QVector<StepBack>& steps) { return allowsStepsBack(steps, &m_window); });
+    m_channel.addWatcher(m_monitor);
+    m_window.followRuns(m_monitor);
+    connect(&m_monitor, &RunMonitor::failed, this,
+            [this](const RunFailure& failure) { log(tr("Failed: %1").arg(failure.text())); });
 }
 
 void Frontend::watchModule()
@@ -187,7 +192,7 @@ void Frontend::followSystem()
 {
     const bool isReachable = m_access->link().isReachable();
     m_wasUnreachable = m_wasUnreachable || !isReachable;
-    if (m_isWaiting || QThread::currentThread()->loopLevel() > 1)
+    if (m_isWaiting || m_monitor.isRunning() || QThread::currentThread()->loopLevel() > 1)
         return;
     if (m_isConnected && (m_wasUnreachable || !m_channel.isCurrent()))
         systemLost();
@@ -198,6 +203,16 @@ void Frontend::followSystem()
         m_runs.moduleRests();
     else if (isReachable && m_access->link().isOpen() && !m_isConnected)
         systemFound();
+}
+
+// Qt quits when control is back in the event loop, which a run does not leave before its end.
+void Frontend::quit()
+{
+    if (m_monitor.isRunning()) {
+        log(tr("The frontend quits when the update is over."));
+        m_window.announceQuit();
+    }
+    QApplication::quit();
 }
 
 // All that was made here is made for the system of before.

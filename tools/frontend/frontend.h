@@ -8,6 +8,7 @@
 #include <ownfolder.h>
 #include <resultdialog.h>
 #include <runfollower.h>
+#include <runmonitor.h>
 #include <systemaccess.h>
 
 #include <QTimer>
@@ -48,6 +49,9 @@ public:
     ///         frontend has to be made for that one
     bool run();
 
+    /// Quits; if a run of updates is under way, as soon as it is over.
+    void quit();
+
     /// The window, shown by run(); owned by the frontend.
     MainWindow& window() { return m_window; }
     /// The equipment of the system; owned by the access.
@@ -76,6 +80,7 @@ private:
     Options m_options;
     std::unique_ptr<SystemAccess> m_access;
     HostChannel m_channel;
+    RunMonitor m_monitor;
     MainWindow m_window;
     RunFollower m_runs;
     ResultDialog m_results;

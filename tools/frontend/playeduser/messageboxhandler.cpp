@@ -22,6 +22,10 @@ void MessageBoxHandler::handle(QWidget& window, int /*visit*/)
 {
     auto& box = static_cast<QMessageBox&>(window);
     const BoxAnswer answer = answerTo(box);
+    // It is locked as long as the run's last record is hardly through: then at the next visit.
+    const auto* power = m_frontend.findChild<QPushButton*>("pushButton_powerCycleControllers");
+    if (answer.asksForPower && !power->isEnabled())
+        return;
     m_hands.present(box, answer.pictureName);
     if (answer.isRefusal)
         m_refusals += box.text().simplified();

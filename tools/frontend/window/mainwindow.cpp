@@ -2,6 +2,7 @@
 
 #include "connectionpanel.h"
 #include "logpanel.h"
+#include "runbanner.h"
 #include "systemview.h"
 #include "theme.h"
 #include "windowsize.h"
@@ -14,11 +15,14 @@
 #include <QLabel>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QScreen>
 #include <QSplitter>
 #include <QStatusBar>
 #include <QStyle>
 #include <QVBoxLayout>
+
+#include <utility>
 
 namespace {
 
@@ -32,8 +36,8 @@ constexpr int menuHelp = 700;
 
 MainWindow::MainWindow(Equipment& equipment, bool observer, QWidget* parent)
     : QMainWindow(parent), m_equipment(equipment), m_observer(observer), m_menus(menuBar()),
-      m_connection(new ConnectionPanel(equipment)), m_systemView(new SystemView(equipment)),
-      m_log(new LogPanel), m_measurement(new QLabel)
+      m_banner(new RunBanner), m_connection(new ConnectionPanel(equipment)),
+      m_systemView(new SystemView(equipment)), m_log(new LogPanel), m_measurement(new QLabel)
 {
     setObjectName(QStringLiteral("mainWindow"));
     setWindowTitle(
@@ -52,6 +56,7 @@ QAction* MainWindow::addAction(const QString& text, const QString& tip, int orde
 {
     auto* action = new QAction(text, this);
     action->setStatusTip(tip);
+    action->setData(tip);
     m_menus.place(action, order, menu, menuOrder);
     return action;
 }
@@ -116,6 +121,7 @@ QWidget* MainWindow::makeContent()
 
     auto* content = new QWidget;
     auto* layout = new QVBoxLayout(content);
+    layout->addWidget(m_banner);
     layout->addWidget(m_connection);
     layout->addWidget(splitter, 1);
     return content;
@@ -134,6 +140,9 @@ bool MainWindow::eventFilter(QObject* watched, QEvent* event)
     // Only where it has not been moved by hand.
     if (dialog && dialog->parentWidget() == this && !dialog->testAttribute(Qt::WA_Moved))
         placeBelowEquipment(dialog);
+    const bool comesOrGoes = event->type() == QEvent::Show || event->type() == QEvent::Hide;
+    if (comesOrGoes && watched == m_runWindow)
+        m_banner->setWindowLeft(event->type() == QEvent::Hide);
     return QMainWindow::eventFilter(watched, event);
 }
 
@@ -152,8 +161,8 @@ void MainWindow::addModuleEntries(const QList<GuiElement*>& elements)
     for (const GuiElement* element : elements) {
         m_menus.place(element->menu_entry, element->menu_entry_order_number, element->menu_name,
                       element->menu_order_number);
-        m_moduleEntries.append(
-            {element->menu_entry, element->action_active_during_measurement != 0});
+        m_moduleEntries.append({element->menu_entry, element->action_active_during_measurement != 0,
+                                element->content});
     }
     followSystem();
 }
@@ -189,31 +198,129 @@ void MainWindow::followSystem()
 {
     const bool measuring = m_equipment.state().measurement != Measurement::Off;
     m_measurement->setText(measuring ? tr("Measurement runs") : tr("No measurement"));
-    m_searchHardware->setEnabled(!m_observer && m_equipment.isReachable() && !measuring);
-    m_startMeasurement->setEnabled(!m_observer && m_equipment.isReachable() && !measuring);
+    const bool isAtRest = !m_observer && m_equipment.isReachable() && !measuring;
+    allow(m_searchHardware, isAtRest);
+    allow(m_startMeasurement, isAtRest);
     m_stopMeasurement->setEnabled(!m_observer && measuring);
     for (const ModuleEntry& entry : qAsConst(m_moduleEntries))
-        entry.action->setEnabled(!measuring || entry.activeDuringMeasurement);
+        entry.action->setEnabled(!isRunUnderWay() && (!measuring || entry.activeDuringMeasurement));
 }
 
+// What an entry says of itself is why it cannot be used, if that is so for the run alone.
+void MainWindow::allow(QAction* action, bool isAllowed) const
+{
+    const bool isInTheWay = isAllowed && isRunUnderWay();
+    action->setEnabled(isAllowed && !isInTheWay);
+    action->setStatusTip(isInTheWay ? tr("Not as long as an update is under way")
+                                    : action->data().toString());
+}
+
+bool MainWindow::isRunUnderWay() const
+{
+    return m_runs && m_runs->isRunning() && !m_runs->isHeldUp();
+}
+
+void MainWindow::followRuns(const RunMonitor& runs)
+{
+    m_runs = &runs;
+    m_banner->follow(runs);
+    connect(m_banner, &Banner::accepted, this, &MainWindow::showRunWindow);
+    connect(&runs, &RunMonitor::began, this, &MainWindow::beginRun);
+    connect(&runs, &RunMonitor::progressed, this, &MainWindow::followRun);
+    connect(&runs, &RunMonitor::heldUp, this, &MainWindow::followRun);
+    connect(&runs, &RunMonitor::ended, this, &MainWindow::endRun);
+}
+
+void MainWindow::followRun()
+{
+    if (m_isRunUnderWay == isRunUnderWay())
+        return;
+    m_isRunUnderWay = isRunUnderWay();
+    m_systemView->setPowerLocked(m_isRunUnderWay);
+    followSystem();
+}
+
+void MainWindow::beginRun()
+{
+    m_runWindow.clear();
+    for (const ModuleEntry& entry : qAsConst(m_moduleEntries)) {
+        if (entry.window && entry.window->isVisible())
+            m_runWindow = entry.window;
+    }
+    followRun();
+}
+
+// A window that was left ended its modal loop, so one that was shown again has to go: it would
+// stand there without any.
+void MainWindow::endRun()
+{
+    if (m_runWindow && m_isRunWindowReopened)
+        m_runWindow->hide();
+    m_runWindow.clear();
+    m_isRunWindowReopened = false;
+    delete m_quitQuestion;
+    followRun();
+    if (std::exchange(m_quitsAfterRun, false))
+        QApplication::quit();
+}
+
+void MainWindow::showRunWindow()
+{
+    if (!m_runWindow)
+        return;
+    m_isRunWindowReopened = true;
+    m_runWindow->show();
+    m_runWindow->raise();
+    m_runWindow->activateWindow();
+}
+
+void MainWindow::announceQuit()
+{
+    m_banner->setQuitting(true);
+}
+
+// Boxes that do not wait for their answer themselves, as a run would stand still so long.
 void MainWindow::showAbout()
 {
-    QMessageBox::about(
-        this, tr("About VORNIX3"),
-        tr("VORNIX3 demo frontend %1\n\n%2").arg(QLatin1String(frontendVersion), m_moduleText));
+    auto* box = new QMessageBox(
+        QMessageBox::Information, tr("About VORNIX3"),
+        tr("VORNIX3 demo frontend %1\n\n%2").arg(QLatin1String(frontendVersion), m_moduleText),
+        QMessageBox::Ok, this);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->open();
+}
+
+void MainWindow::askForQuit()
+{
+    auto* box =
+        new QMessageBox(QMessageBox::Warning, tr("Quit VORNIX3"),
+                        tr("An update is under way. The frontend does not quit before it is over."),
+                        QMessageBox::NoButton, this);
+    box->setInformativeText(tr("Shall it quit by itself then?"));
+    const QPushButton* quit = box->addButton(tr("&Quit when it is over"), QMessageBox::AcceptRole);
+    box->setDefaultButton(box->addButton(tr("&Do not quit"), QMessageBox::RejectRole));
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    connect(box, &QMessageBox::buttonClicked, this, [this, quit](const QAbstractButton* button) {
+        m_quitsAfterRun = button == quit;
+        m_banner->setQuitting(m_quitsAfterRun);
+    });
+    box->open();
+    m_quitQuestion = box;
 }
 
 // What runs behind an open dialog must come to its end first.
 void MainWindow::closeEvent(QCloseEvent* event)
 {
-    QWidget* dialog = QApplication::activeModalWidget();
-    if (!dialog) {
+    if (QWidget* dialog = QApplication::activeModalWidget()) {
+        dialog->raise();
+        dialog->activateWindow();
+        statusBar()->showMessage(
+            tr("Please close the window \"%1\" first.").arg(dialog->windowTitle()));
+        event->ignore();
+    } else if (m_runs && m_runs->isRunning()) {
+        askForQuit();
+        event->ignore();
+    } else {
         QMainWindow::closeEvent(event);
-        return;
     }
-    dialog->raise();
-    dialog->activateWindow();
-    statusBar()->showMessage(
-        tr("Please close the window \"%1\" first.").arg(dialog->windowTitle()));
-    event->ignore();
 }

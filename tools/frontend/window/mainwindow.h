@@ -4,12 +4,16 @@
 #include <orderedmenus.h>
 
 #include <QMainWindow>
+#include <QPointer>
 #include <QVector>
 
 class ConnectionPanel;
 class LogPanel;
 class LogView;
 class QLabel;
+class QMessageBox;
+class RunBanner;
+class RunMonitor;
 class Equipment;
 class SystemView;
 
@@ -39,6 +43,13 @@ public:
     /// @param text what the box "About" says of the module
     void setModuleText(const QString& text) { m_moduleText = text; }
 
+    /// Tells of each run of updates as long as it is under way, and keeps what would disturb it
+    /// from being done meanwhile.
+    /// @param runs must outlive the window
+    void followRuns(const RunMonitor& runs);
+    /// Says that the frontend quits when the run is over that is under way.
+    void announceQuit();
+
     /// Whether there is a run of updates whose results can be shown.
     void setHasResults(bool has);
 
@@ -56,9 +67,11 @@ signals:
     void resultsWanted();
 
 protected:
-    /// Keeps the window open as long as a modal one is, and says which.
+    /// Keeps the window open as long as a modal one is, and says which; also during a run of
+    /// updates, and then asks whether to quit when it is over.
     void closeEvent(QCloseEvent* event) override;
-    /// Moves a dialog of this window below the equipment when it is shown.
+    /// Moves a dialog of this window below the equipment when it is shown, and notices when the
+    /// window of a run is left.
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
@@ -66,6 +79,7 @@ private:
     {
         QAction* action;
         bool activeDuringMeasurement;
+        QPointer<QWidget> window;
     };
 
     void makeMenus();
@@ -74,12 +88,20 @@ private:
     QWidget* makeContent();
     void makeStatusBar();
     void placeBelowEquipment(QWidget* dialog) const;
+    bool isRunUnderWay() const;
+    void allow(QAction* action, bool isAllowed) const;
     void followSystem();
+    void followRun();
+    void beginRun();
+    void endRun();
+    void showRunWindow();
+    void askForQuit();
     void showAbout();
 
     Equipment& m_equipment;
     bool m_observer;
     OrderedMenus m_menus;
+    RunBanner* m_banner;
     ConnectionPanel* m_connection;
     SystemView* m_systemView;
     LogPanel* m_log;
@@ -90,5 +112,11 @@ private:
     QAction* m_stopMeasurement = nullptr;
     QAction* m_darkTheme = nullptr;
     QVector<ModuleEntry> m_moduleEntries;
+    const RunMonitor* m_runs = nullptr;
+    bool m_isRunUnderWay = false;  // as it was noticed last
+    QPointer<QWidget> m_runWindow; // from which the run that is under way was started
+    bool m_isRunWindowReopened = false;
+    QPointer<QMessageBox> m_quitQuestion;
+    bool m_quitsAfterRun = false;
     QString m_moduleText;
 };

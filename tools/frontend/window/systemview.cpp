@@ -120,6 +120,7 @@ SystemView::SystemView(Equipment& equipment, QWidget* parent)
         layout->addWidget(makeCameras(), equipment.state().cameras.size());
 
     refresh();
+    followLock();
 
     // A stream of records changes the system more often than eyes can follow.
     m_refresh.setSingleShot(true);
@@ -136,12 +137,12 @@ QWidget* SystemView::makeControllers()
     auto* group = new QGroupBox(tr("Controllers (simulated)"));
     auto* layout = new QVBoxLayout(group);
     layout->addWidget(makeDeviceView(m_controllers, group->title()));
-    auto* power = new QPushButton(tr("Power-c&ycle the controllers"));
-    power->setObjectName(QStringLiteral("pushButton_powerCycleControllers"));
-    power->setStatusTip(tr("Take power off all controllers and give it back"));
-    connect(power, &QPushButton::clicked, this,
+    m_controllerPower = new QPushButton(tr("Power-c&ycle the controllers"));
+    m_controllerPower->setObjectName(QStringLiteral("pushButton_powerCycleControllers"));
+    m_controllerPower->setStatusTip(tr("Take power off all controllers and give it back"));
+    connect(m_controllerPower, &QPushButton::clicked, this,
             [this] { m_equipment.perform({EquipmentCommand::Kind::PowerCycle}); });
-    layout->addLayout(rightAligned({makeFaultButton(), power}));
+    layout->addLayout(rightAligned({makeFaultButton(), m_controllerPower}));
     return group;
 }
 
@@ -155,10 +156,9 @@ QWidget* SystemView::makeCameras()
     m_cameraPower = new QPushButton(tr("&Power-cycle the selected cameras"));
     m_cameraPower->setObjectName(QStringLiteral("pushButton_powerCycleCameras"));
     m_cameraPower->setStatusTip(tr("Take power off the selected cameras and give it back"));
-    m_cameraPower->setEnabled(false);
     connect(m_cameraPower, &QPushButton::clicked, this, &SystemView::powerCycleSelectedCameras);
     connect(m_cameraView->selectionModel(), &QItemSelectionModel::selectionChanged, this,
-            [this] { m_cameraPower->setEnabled(m_cameraView->selectionModel()->hasSelection()); });
+            &SystemView::followLock);
     layout->addLayout(rightAligned({m_cameraPower}));
     return group;
 }
@@ -188,6 +188,26 @@ void SystemView::refresh()
     const int armed = m_equipment.state().faults.armed().size();
     m_faults->setText(armed == 0 ? tr("Fa&ults on demand...")
                                  : tr("Fa&ults on demand (%1 armed)...").arg(armed));
+}
+
+void SystemView::setPowerLocked(bool isLocked)
+{
+    m_isPowerLocked = isLocked;
+    followLock();
+}
+
+void SystemView::followLock()
+{
+    const QString reason =
+        m_isPowerLocked ? tr("Not as long as an update is under way. To see what a loss of power "
+                             "does to it, arm that fault.")
+                        : QString();
+    m_controllerPower->setEnabled(!m_isPowerLocked);
+    m_controllerPower->setToolTip(reason);
+    if (!m_cameraPower)
+        return;
+    m_cameraPower->setEnabled(!m_isPowerLocked && m_cameraView->selectionModel()->hasSelection());
+    m_cameraPower->setToolTip(reason);
 }
 
 void SystemView::powerCycleSelectedCameras()

@@ -3,6 +3,7 @@
 #include <connectionpanel.h>
 #include <logview.h>
 #include <mainwindow.h>
+#include <runmonitor.h>
 #include <systemview.h>
 
 #include <cuttexts.h>
@@ -11,13 +12,16 @@
 #include <QAction>
 #include <QCloseEvent>
 #include <QDialog>
+#include <QEventLoop>
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QScreen>
 #include <QSignalSpy>
 #include <QStatusBar>
+#include <QTableView>
 
 namespace {
 
@@ -52,6 +56,24 @@ struct ModuleEntries
     QList<GuiElement*> elements = {&first, &second};
 };
 
+/// Runs @p steps in the middle of a run that a click in @p window has started, and returns when the
+/// run is over.
+template <typename Steps>
+void inARunOf(QDialog& window, RunMonitor& runs, const Steps& steps)
+{
+    QEventLoop loop;
+    QObject::connect(&runs, &RunMonitor::ended, &loop, &QEventLoop::quit);
+    QTimer::singleShot(0, [&] {
+        QTimer::singleShot(0, &window, [&] {
+            runs.sent(Operation::SetValue, "system update 9 1 AB");
+            steps();
+            window.accept();
+        });
+        window.exec();
+    });
+    loop.exec();
+}
+
 } // namespace
 
 class TestMainWindow : public QObject
@@ -68,6 +90,13 @@ private slots:
     void themeReallyChanges();
     void themeIsTold();
     void windowStaysOpenBehindADialog();
+    void nothingDisturbsARun();
+    void windowOfARunIsFoundAgain();
+    void windowOfARunThatWasOnlyLeftStaysAway();
+    void quittingWaitsForTheRun_data();
+    void quittingWaitsForTheRun();
+    void questionGoesWithTheRun();
+    void boxesDoNotHoldUpARun();
     void dialogsOpenBelowTheEquipment();
     void nothingIsCutOff_data();
     void nothingIsCutOff();
@@ -204,6 +233,200 @@ void TestMainWindow::windowStaysOpenBehindADialog()
     QVERIFY(!window.isVisible());
 }
 
+void TestMainWindow::nothingDisturbsARun()
+{
+    SimulatedSystem system(shippedScenario("controllers-and-cameras"));
+    RunMonitor runs;
+    MainWindow window(system, false);
+    window.followRuns(runs);
+    window.show();
+    const ModuleEntries module;
+    window.addModuleEntries(module.elements);
+    auto* cameras = window.findChild<QTableView*>("tableView_cameras");
+    cameras->selectAll();
+    const QAction* search = actionWith(window, "Search for &hardware...");
+    const QAction* start = actionWith(window, "&Start");
+    const auto* power = window.findChild<QPushButton*>("pushButton_powerCycleControllers");
+    const auto* cameraPower = window.findChild<QPushButton*>("pushButton_powerCycleCameras");
+    const auto usable = [&] {
+        return QVector<bool>{search->isEnabled(),        start->isEnabled(),
+                             power->isEnabled(),         cameraPower->isEnabled(),
+                             module.anytime.isEnabled(), module.noMeasurement.isEnabled()};
+    };
+    const QVector<bool> all(6, true);
+    const QVector<bool> none(6, false);
+    QCOMPARE(usable(), all);
+    const QString usualTip = search->statusTip();
+
+    QDialog dialog(&window);
+    inARunOf(dialog, runs, [&] {
+        QCOMPARE(usable(), none);
+        cameras->clearSelection();
+        cameras->selectAll();
+        system.armFault(Fault());
+        system.disarmFaults();
+        QCOMPARE(usable(), none);
+        QCOMPARE(search->statusTip(), QString("Not as long as an update is under way"));
+        QCOMPARE(start->statusTip(), QString("Not as long as an update is under way"));
+        QCOMPARE(power->toolTip(),
+                 QString("Not as long as an update is under way. To see what a loss of power does "
+                         "to it, arm that fault."));
+        QCOMPARE(cameraPower->toolTip(), power->toolTip());
+        QVERIFY(window.findChild<QPushButton*>("pushButton_faults")->isEnabled());
+
+        // Nothing is sent as long as a window of the module waits for an answer.
+        QDialog question(&dialog);
+        connect(&runs, &RunMonitor::heldUp, &question, [&] {
+            QCOMPARE(usable(), all);
+            question.accept();
+        });
+        question.exec();
+        runs.sent(Operation::SetValue, "system update 9 2 AB");
+        while (usable() != none)
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    });
+    QCOMPARE(usable(), all);
+    QCOMPARE(search->statusTip(), usualTip);
+    QCOMPARE(power->toolTip(), QString());
+    window.removeModuleEntries();
+}
+
+void TestMainWindow::windowOfARunIsFoundAgain()
+{
+    SimulatedSystem system(shippedScenario("cascade"));
+    RunMonitor runs;
+    MainWindow window(system, false);
+    window.followRuns(runs);
+    window.show();
+    QDialog dialog(&window);
+    ModuleEntries module;
+    module.first.content = &dialog;
+    window.addModuleEntries(module.elements);
+    const auto* back = window.findChild<QPushButton*>("pushButton_banner");
+    int results = 0;
+    connect(&dialog, &QDialog::finished, [&] { ++results; });
+    inARunOf(dialog, runs, [&] {
+        QVERIFY(!back->isVisible());
+        QTest::keyClick(&dialog, Qt::Key_Escape);
+        QVERIFY(!dialog.isVisible());
+        QVERIFY(back->isVisible());
+        window.findChild<QPushButton*>("pushButton_banner")->click();
+        QVERIFY(dialog.isVisible());
+        QVERIFY(!back->isVisible());
+        dialog.close(); // as by its close button
+        QVERIFY(back->isVisible());
+        window.findChild<QPushButton*>("pushButton_banner")->click();
+        QVERIFY(dialog.isVisible());
+    });
+    // It has no event loop of its own any more.
+    QVERIFY(!dialog.isVisible());
+    QVERIFY(!window.findChild<QFrame*>("banner")->isVisible());
+    QVERIFY(!QApplication::activeModalWidget());
+    QVERIFY(window.close());
+    window.removeModuleEntries();
+}
+
+void TestMainWindow::windowOfARunThatWasOnlyLeftStaysAway()
+{
+    SimulatedSystem system(shippedScenario("cascade"));
+    RunMonitor runs;
+    MainWindow window(system, false);
+    window.followRuns(runs);
+    window.show();
+    QDialog dialog(&window);
+    ModuleEntries module;
+    module.first.content = &dialog;
+    window.addModuleEntries(module.elements);
+    inARunOf(dialog, runs, [&] { dialog.reject(); });
+    QVERIFY(!dialog.isVisible());
+    // Outside of a run its coming and going is nobody's matter.
+    dialog.show();
+    dialog.hide();
+    QVERIFY(!window.findChild<QPushButton*>("pushButton_banner")->isVisible());
+    window.removeModuleEntries();
+}
+
+void TestMainWindow::quittingWaitsForTheRun_data()
+{
+    QTest::addColumn<QString>("press");
+    QTest::addColumn<bool>("quits");
+    QTest::newRow("the user lets it be") << "&Do not quit" << false;
+    QTest::newRow("the user has the frontend quit afterwards") << "&Quit when it is over" << true;
+}
+
+void TestMainWindow::quittingWaitsForTheRun()
+{
+    QFETCH(const QString, press);
+    QFETCH(const bool, quits);
+    SimulatedSystem system(shippedScenario("cascade"));
+    RunMonitor runs;
+    MainWindow window(system, false);
+    window.followRuns(runs);
+    window.show();
+    QDialog dialog(&window);
+    bool hasQuit = false;
+    connect(qApp, &QCoreApplication::aboutToQuit, &window, [&] { hasQuit = true; });
+    QTimer::singleShot(0, &window, [&] {
+        inARunOf(dialog, runs, [&] {
+            dialog.reject();
+            actionWith(window, "&Quit")->trigger();
+            QVERIFY(window.isVisible());
+            auto* box = window.findChild<QMessageBox*>();
+            QVERIFY(box->isVisible());
+            QCOMPARE(box->windowTitle(), QString("Quit VORNIX3"));
+            QCOMPARE(box->text(),
+                     QString("An update is under way. The frontend does not quit before it is "
+                             "over."));
+            QCOMPARE(box->informativeText(), QString("Shall it quit by itself then?"));
+            QCOMPARE(box->defaultButton()->text(), QString("&Do not quit"));
+            for (QAbstractButton* button : box->buttons()) {
+                if (button->text() == press)
+                    button->click();
+            }
+            QVERIFY(window.isVisible());
+            QVERIFY(!hasQuit);
+        });
+        // What was to come by a quit has come by now.
+        QTimer::singleShot(0, &window, [] { QApplication::exit(17); });
+    });
+    QCOMPARE(QApplication::exec() == 0, quits);
+    QVERIFY(hasQuit);
+}
+
+void TestMainWindow::questionGoesWithTheRun()
+{
+    SimulatedSystem system(shippedScenario("cascade"));
+    RunMonitor runs;
+    MainWindow window(system, false);
+    window.followRuns(runs);
+    window.show();
+    QDialog dialog(&window);
+    inARunOf(dialog, runs, [&] {
+        dialog.reject();
+        window.close();
+        window.close(); // the question itself is in the way now
+        QCOMPARE(window.findChildren<QMessageBox*>().size(), 1);
+        QCOMPARE(window.statusBar()->currentMessage(),
+                 QString("Please close the window \"Quit VORNIX3\" first."));
+    });
+    QCOMPARE(window.findChildren<QMessageBox*>().size(), 0);
+    QVERIFY(window.close());
+}
+
+void TestMainWindow::boxesDoNotHoldUpARun()
+{
+    SimulatedSystem system(shippedScenario("cascade"));
+    MainWindow window(system, false);
+    window.show();
+    actionWith(window, "&About")->trigger(); // returns at once
+    auto* box = window.findChild<QMessageBox*>();
+    QVERIFY(box->isVisible());
+    QCOMPARE(box->windowTitle(), QString("About VORNIX3"));
+    QCOMPARE(box->text(), QString("VORNIX3 demo frontend v3.3.0\n\n"));
+    box->button(QMessageBox::Ok)->click();
+    QTRY_VERIFY(!window.findChild<QMessageBox*>());
+}
+
 void TestMainWindow::dialogsOpenBelowTheEquipment()
 {
     SimulatedSystem system(shippedScenario("single"));
@@ -235,16 +458,23 @@ void TestMainWindow::dialogsOpenBelowTheEquipment()
 void TestMainWindow::nothingIsCutOff_data()
 {
     QTest::addColumn<bool>("isConnected");
-    QTest::newRow("connected") << true;
-    QTest::newRow("waiting for power") << false;
+    QTest::addColumn<bool>("isUpdating");
+    QTest::newRow("connected") << true << false;
+    QTest::newRow("waiting for power") << false << false;
+    QTest::newRow("an update is under way") << true << true;
 }
 
 // Run at 100 %, 125 % and 150 %, of the scale and of the fonts.
 void TestMainWindow::nothingIsCutOff()
 {
     QFETCH(const bool, isConnected);
+    QFETCH(const bool, isUpdating);
     SimulatedSystem system(shippedScenario("controllers-and-cameras"));
+    RunMonitor runs;
     MainWindow window(system, true);
+    window.followRuns(runs);
+    if (isUpdating)
+        runs.sent(Operation::SetValue, "system update 9 1 AB");
     system.armFault(Fault());
     system.shutDown();
     if (isConnected)

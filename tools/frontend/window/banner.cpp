@@ -1,0 +1,68 @@
+#include "banner.h"
+
+#include <QAccessible>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QStyle>
+
+Banner::Banner(QWidget* parent)
+    : QFrame(parent), m_title(new QLabel), m_lines(new QLabel), m_share(new QProgressBar),
+      m_offer(new QPushButton)
+{
+    setObjectName(QStringLiteral("banner"));
+    setAutoFillBackground(true);
+    setBackgroundRole(QPalette::Highlight);
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
+    auto* icon = new QLabel;
+    const int size = style()->pixelMetric(QStyle::PM_MessageBoxIconSize, nullptr, this);
+    icon->setPixmap(style()->standardIcon(QStyle::SP_MessageBoxWarning).pixmap(size));
+    QFont bold = m_title->font();
+    bold.setBold(true);
+    m_title->setFont(bold);
+    for (QLabel* label : {m_title, m_lines}) {
+        label->setWordWrap(true);
+        label->setTextFormat(Qt::PlainText);
+    }
+    m_share->setTextVisible(false);
+    m_offer->setObjectName(QStringLiteral("pushButton_banner"));
+    connect(m_offer, &QPushButton::clicked, this, &Banner::accepted);
+
+    auto* texts = new QVBoxLayout;
+    for (QWidget* widget : QList<QWidget*>{m_title, m_lines, m_share})
+        texts->addWidget(widget);
+    auto* layout = new QHBoxLayout(this);
+    layout->addWidget(icon);
+    layout->addLayout(texts, 1);
+    layout->addWidget(m_offer);
+    hide();
+    setShare(-1);
+    offer(QString());
+}
+
+void Banner::tell(const QString& title, const QStringList& lines)
+{
+    m_title->setText(title);
+    m_lines->setText(lines.join(QLatin1Char('\n')));
+    m_lines->setHidden(lines.isEmpty());
+    if (!isHidden() && accessibleName() == title)
+        return;
+    setAccessibleName(title);
+    show();
+    QAccessibleEvent alert(this, QAccessible::Alert);
+    QAccessible::updateAccessibility(&alert);
+}
+
+void Banner::setShare(int percent, const QString& name)
+{
+    m_share->setAccessibleName(name);
+    m_share->setHidden(percent < 0);
+    m_share->setValue(qMax(0, percent));
+}
+
+void Banner::offer(const QString& text)
+{
+    m_offer->setText(text);
+    m_offer->setHidden(text.isEmpty());
+}
