@@ -7,6 +7,12 @@
 #include <QPushButton>
 #include <QStyle>
 
+namespace {
+
+constexpr int shareWidth = 26; // in characters
+
+} // namespace
+
 Banner::Banner(QWidget* parent)
     : QFrame(parent), m_title(new QLabel), m_lines(new QLabel), m_share(new QProgressBar),
       m_offer(new QPushButton)
@@ -26,16 +32,22 @@ Banner::Banner(QWidget* parent)
         label->setTextFormat(Qt::PlainText);
     }
     m_share->setTextVisible(false);
+    m_share->setFixedWidth(fontMetrics().averageCharWidth() * shareWidth);
     m_offer->setObjectName(QStringLiteral("pushButton_banner"));
     connect(m_offer, &QPushButton::clicked, this, &Banner::accepted);
 
     auto* texts = new QVBoxLayout;
-    for (QWidget* widget : QList<QWidget*>{m_title, m_lines, m_share})
-        texts->addWidget(widget);
+    texts->addWidget(m_title);
+    texts->addWidget(m_lines);
+    auto* side = new QVBoxLayout;
+    side->addStretch();
+    side->addWidget(m_offer);
+    side->addWidget(m_share);
+    side->addStretch();
     auto* layout = new QHBoxLayout(this);
     layout->addWidget(icon);
     layout->addLayout(texts, 1);
-    layout->addWidget(m_offer);
+    layout->addLayout(side);
     hide();
     setShare(-1);
     offer(QString());

@@ -19,7 +19,7 @@ public:
     /// @param title what is so, in one sentence
     /// @param lines more about it, each a sentence of its own; may be empty
     void tell(const QString& title, const QStringList& lines);
-    /// Shows a bar below the lines.
+    /// Shows a bar beside the lines.
     /// @param percent 0 to 100; less than 0: no bar
     /// @param name what it shows, for those who do not see it
     void setShare(int percent, const QString& name = QString());

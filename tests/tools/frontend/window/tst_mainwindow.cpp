@@ -487,10 +487,11 @@ void TestMainWindow::nothingIsCutOff()
     window.resize(small);
     window.show();
     QVERIFY(QTest::qWaitForWindowExposed(&window));
-    if (qEnvironmentVariableIsSet("QT_FONT_DPI"))
-        QCOMPARE(window.size(), small.expandedTo(window.minimumSizeHint()));
-    else
-        QCOMPARE(window.size(), small);
+    const QSize expected = qEnvironmentVariableIsSet("QT_FONT_DPI")
+                               ? small.expandedTo(window.minimumSizeHint())
+                               : small;
+    if (!isUpdating) // the banner needs room above all that there is
+        QCOMPARE(window.size(), expected);
     QTRY_COMPARE(window.findChild<QPushButton*>("pushButton_faults")->text(),
                  QString("Fa&ults on demand (1 armed)..."));
     QTRY_COMPARE(cutTexts(window), QStringList()); // longer texts are laid out a moment later
