@@ -191,6 +191,20 @@ private:
     QPoint m_place;
 };
 
+/// What the frontend has kept of its log.
+QStringList keptLog(const FixtureFolder& folder)
+{
+    QFile file(folder.path("state/log.jsonl"));
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    return QString::fromUtf8(file.readAll()).split('\n');
+}
+
+int indexOf(const QStringList& lines, const QString& part)
+{
+    return lines.indexOf(QRegularExpression(".*" + QRegularExpression::escape(part) + ".*"));
+}
+
 const QString oldVersions = "v3.2.0 v1.3, has received nothing";
 const QString newVersions = "v3.3.0 v1.4, has received nothing";
 
@@ -372,6 +386,11 @@ void TestDesktop::planIsNotSentToAnotherSystem()
     QVERIFY(session.reads("Frontend: Simulated system: Another system"));
     QVERIFY(session.reads("Frontend: Connected to 192.168.7.20"));
     QCOMPARE(system.state(), QString("v9.0.0 v1.3, has received nothing"));
+    // The log of the new window begins with what the old one told.
+    const QStringList log = keptLog(folder);
+    const int told = indexOf(log, "Another system is served at " + system.address() + " now.");
+    QVERIFY2(told >= 0, qPrintable(log.join('\n')));
+    QVERIFY(indexOf(log, "Simulated system: Another system") > told);
 }
 
 void TestDesktop::oneLostReplyMakesNoControllerOld()

@@ -10,6 +10,7 @@
 #include <simulatedaccess.h>
 #include <stepbackbox.h>
 #include <theme.h>
+#include <timestamp.h>
 #include <transcript.h>
 
 #include <QApplication>
@@ -28,6 +29,16 @@ constexpr int lockTimeoutMs = 1000;
 QString runFolder(const Options& options)
 {
     return options.stateDir + QLatin1String("/runs");
+}
+
+QString logFile(const Options& options)
+{
+    return options.stateDir + QLatin1String("/log.jsonl");
+}
+
+QString lookFile(const Options& options)
+{
+    return options.stateDir + QLatin1String("/window.json");
 }
 
 bool isObserver(SystemAccess& access, const Options& options)
@@ -61,7 +72,7 @@ Frontend::Frontend(Scenario scenario, const Options& options)
 
 Frontend::Frontend(std::unique_ptr<SystemAccess> access, const Options& options)
     : m_options(options), m_access(std::move(access)), m_channel(m_access->link()),
-      m_window(m_access->equipment(), isObserver(*m_access, options)),
+      m_window(m_access->equipment(), isObserver(*m_access, options)), m_logKeeper(m_window.log()),
       m_runs(m_channel, runFolder(options), QString::fromLatin1(m_access->identity())),
       m_results(&m_window), m_lock(options.stateDir),
       m_module(m_channel, m_window,
@@ -78,6 +89,9 @@ Frontend::Frontend(std::unique_ptr<SystemAccess> access, const Options& options)
     connect(&m_window, &MainWindow::hardwareSearchWanted, this, &Frontend::searchForHardware);
     connect(&m_window, &MainWindow::resultsWanted, this, &Frontend::showResults);
     connect(&equipment(), &Equipment::trouble, this, &Frontend::log);
+    connect(&m_logKeeper, &LogKeeper::failed, this, [this](const QString& reason) {
+        log(tr("The log is not kept any more: %1").arg(reason));
+    });
     watchRuns();
     watchModule();
     m_window.setSaveFolder(options.userHome);
@@ -140,6 +154,7 @@ bool Frontend::prepare(QString* error)
     if (!claimStateFolder(m_options.stateDir, error) || !m_lock.take(lockTimeoutMs, error) ||
         (m_options.fresh && !forgetEarlierStarts(error)))
         return false;
+    goOnFromEarlierStarts();
     const QString home = homeFolder(m_options.stateDir);
     if (!QDir().mkpath(home)) {
         *error = tr("%1: the folder cannot be made").arg(home);
@@ -160,7 +175,32 @@ bool Frontend::prepare(QString* error)
 bool Frontend::forgetEarlierStarts(QString* error)
 {
     return removeAll(runFolder(m_options), error) &&
-           removeAll(homeFolder(m_options.stateDir), error);
+           removeAll(homeFolder(m_options.stateDir), error) &&
+           removeAll(logFile(m_options), error) && removeAll(lookFile(m_options), error);
+}
+
+// What is missing of it is told, and no reason not to start.
+void Frontend::goOnFromEarlierStarts()
+{
+    QString error;
+    if (!m_logKeeper.keepIn(logFile(m_options), &error))
+        log(tr("The log cannot be kept: %1").arg(error));
+    log(tr("Started: %1").arg(timestamp(QDateTime::currentDateTime())));
+    error.clear();
+    std::optional<WindowLook> look = readWindowLook(lookFile(m_options), &error);
+    if (!error.isEmpty())
+        log(tr("The window looks as at the first start: %1").arg(error));
+    if (!look)
+        return;
+    look->isDark = look->isDark || m_options.dark;
+    m_window.setLook(*look);
+}
+
+void Frontend::keepLook()
+{
+    QString error;
+    if (!writeWindowLook(lookFile(m_options), m_window.look(), &error))
+        log(tr("The look of the window cannot be kept: %1").arg(error));
 }
 
 void Frontend::log(const QString& text)
@@ -183,6 +223,7 @@ bool Frontend::run()
     QApplication::exec();
     m_follow.stop();
     m_module.leave();
+    keepLook();
     return !m_hasToBeginAnew;
 }
 

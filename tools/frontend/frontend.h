@@ -3,6 +3,7 @@
 #include "options.h"
 
 #include <hostchannel.h>
+#include <logkeeper.h>
 #include <mainwindow.h>
 #include <modulehost.h>
 #include <ownfolder.h>
@@ -65,6 +66,8 @@ private:
     void watchModule();
     void watchRuns();
     bool forgetEarlierStarts(QString* error);
+    void goOnFromEarlierStarts();
+    void keepLook();
     void log(const QString& text);
     void followSystem();
     void beginAnew();
@@ -82,6 +85,7 @@ private:
     HostChannel m_channel;
     RunMonitor m_monitor;
     MainWindow m_window;
+    LogKeeper m_logKeeper;
     RunFollower m_runs;
     ResultDialog m_results;
     FolderLock m_lock;

@@ -56,7 +56,9 @@ int runFrontend(Options options)
     QDir::setCurrent(QCoreApplication::applicationDirPath());
     Narrator narrator;
     std::optional<int> code;
-    while (!(code = runOnSystem(options, narrator)))
+    while (!(code = runOnSystem(options, narrator))) {
         options.fresh = false;
+        options.dark = false; // from now on the window looks as the user left it
+    }
     return *code;
 }

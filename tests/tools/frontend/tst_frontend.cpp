@@ -90,6 +90,8 @@ private slots:
     void hardwareIsSearchedForByOperatorsAtRestOnly();
     void shutdownOfTheModuleIsTold();
     void stateIsKeptAndForgotten();
+    void windowAndLogGoOnAtTheNextStart();
+    void startDoesWithoutWhatCannotBeKept();
     void damagedStateIsSetAside();
     void whatPreventsTheStartIsTold();
     void moduleOfAnUnprovenDeliveryIsNotLoaded();
@@ -302,6 +304,70 @@ void TestFrontend::stateIsKeptAndForgotten()
     QVERIFY(frontend.equipment().state().cameras.constFirst().found);
     QVERIFY(!QFile::exists(preferences));
     QVERIFY(QFile::exists(Frontend::homeFolder(options.stateDir)));
+}
+
+void TestFrontend::windowAndLogGoOnAtTheNextStart()
+{
+    const FixtureFolder folder;
+    Options options = optionsFor(folder);
+    QString error;
+    {
+        Frontend first(scenarioNamed("cascade"), options);
+        QVERIFY2(first.prepare(&error), qPrintable(error));
+        runWith(first, [&] {
+            first.window().setDarkTheme(true);
+            first.window().resize(1001, 777);
+            QApplication::quit();
+        });
+        // Its last words are kept, too.
+        QVERIFY(first.window().log().toPlainText().contains("Fake        leaving"));
+    }
+    {
+        Frontend second(scenarioNamed("cascade"), options);
+        QVERIFY2(second.prepare(&error), qPrintable(error));
+        QVERIFY(second.window().isDarkTheme());
+        QCOMPARE(second.window().size(), QSize(1001, 777));
+        const QString log = second.window().log().toPlainText();
+        QVERIFY2(log.contains("Connected to 192.168.7.20") && log.contains("Fake        leaving"),
+                 qPrintable(log));
+        QCOMPARE(log.count("Frontend    Started: "), 2);
+        runWith(second, [&] {
+            second.window().setDarkTheme(false);
+            QApplication::quit();
+        });
+    }
+    // The option stands above what was kept.
+    options.dark = true;
+    {
+        Frontend third(scenarioNamed("cascade"), options);
+        QVERIFY2(third.prepare(&error), qPrintable(error));
+        QVERIFY(third.window().isDarkTheme());
+        QCOMPARE(third.window().size(), QSize(1001, 777));
+    }
+    options.dark = false;
+    options.fresh = true;
+    Frontend fresh(scenarioNamed("cascade"), options);
+    QVERIFY2(fresh.prepare(&error), qPrintable(error));
+    QVERIFY(!fresh.window().isDarkTheme());
+    QVERIFY(fresh.window().size() != QSize(1001, 777));
+    QCOMPARE(fresh.window().log().toPlainText().count("Started: "), 1);
+}
+
+void TestFrontend::startDoesWithoutWhatCannotBeKept()
+{
+    const FixtureFolder folder;
+    const Options options = optionsFor(folder);
+    QString error;
+    QVERIFY(Frontend::claimStateFolder(options.stateDir, &error));
+    const QString look = folder.write("state/window.json", "{}");
+    QVERIFY(QDir().mkpath(folder.path("state/log.jsonl")));
+    Frontend frontend(scenarioNamed("cascade"), options);
+    QVERIFY2(frontend.prepare(&error), qPrintable(error));
+    const QString log = frontend.window().log().toPlainText();
+    QVERIFY2(log.contains("The log cannot be kept: " + folder.path("state/log.jsonl: ")),
+             qPrintable(log));
+    QVERIFY2(log.contains("The window looks as at the first start: " + look + ": "),
+             qPrintable(log));
 }
 
 void TestFrontend::damagedStateIsSetAside()

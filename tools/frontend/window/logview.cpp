@@ -34,9 +34,13 @@ LogView::LogView(QWidget* parent) : QPlainTextEdit(parent)
 
 void LogView::add(const QString& sender, const QString& text)
 {
-    const QDateTime now = QDateTime::currentDateTime();
-    const QString lines = lineOf(timeOfDay(now.time()), sender, text);
-    m_messages.push_back({now, sender, text, lines, lines.count(QLatin1Char('\n')) + 1});
+    addAt(QDateTime::currentDateTime(), sender, text);
+}
+
+void LogView::addAt(const QDateTime& time, const QString& sender, const QString& text)
+{
+    const QString lines = lineOf(timeOfDay(time.time()), sender, text);
+    m_messages.push_back({time, sender, text, lines, lines.count(QLatin1Char('\n')) + 1});
     m_lineCount += m_messages.back().lineCount;
     if (m_filter.shows(sender, text)) {
         ++m_shownCount;

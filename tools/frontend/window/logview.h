@@ -31,6 +31,8 @@ public:
 
     /// Appends a message. Line ends inside of @p text go on below it, indented.
     void add(const QString& sender, const QString& text);
+    /// The same of a message that came at @p time.
+    void addAt(const QDateTime& time, const QString& sender, const QString& text);
 
     /// Shows the messages that @p filter lets through, at once and from now on. The others are
     /// kept.

@@ -184,6 +184,19 @@ void MainWindow::setSaveFolder(const QString& folder)
     m_log->setSaveFolder(folder);
 }
 
+WindowLook MainWindow::look() const
+{
+    return {isMaximized() ? normalGeometry().size() : size(), isMaximized(), isDarkTheme()};
+}
+
+void MainWindow::setLook(const WindowLook& look)
+{
+    resize(fittingSize(*this, look.size));
+    if (look.isMaximized)
+        setWindowState(Qt::WindowMaximized);
+    setDarkTheme(look.isDark);
+}
+
 void MainWindow::setDarkTheme(bool dark)
 {
     m_darkTheme->setChecked(dark);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "windowlook.h"
+
 #include <ModuleInterface.h>
 #include <orderedmenus.h>
 
@@ -52,6 +54,12 @@ public:
 
     /// Whether there is a run of updates whose results can be shown.
     void setHasResults(bool has);
+
+    /// How the window looks now, and how it shall look.
+    ///@{
+    WindowLook look() const;
+    void setLook(const WindowLook& look);
+    ///@}
 
     /// Changes the colours of the whole application.
     void setDarkTheme(bool dark);
