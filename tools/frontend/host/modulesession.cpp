@@ -1,10 +1,15 @@
 #include "modulesession.h"
 
+#include "contractfile.h"
+
 #include <QPluginLoader>
 #include <QWidget>
 
 ModuleInterface* loadModule(const QString& file, QString* error)
 {
+    *error = whyNotToCall(file);
+    if (!error->isEmpty())
+        return nullptr;
     QPluginLoader loader(file);
     QObject* instance = loader.instance();
     if (!instance) {

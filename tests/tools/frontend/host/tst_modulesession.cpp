@@ -1,5 +1,6 @@
 #include "fakemodule.h"
 
+#include <contractfile.h>
 #include <hostchannel.h>
 #include <modulesession.h>
 
@@ -17,6 +18,7 @@ class TestModuleSession : public QObject
 private slots:
     void callsComeInTheOrderThatModulesRelyOn();
     void moduleIsLoadedFromAFile();
+    void moduleOfAnotherContractIsNotCalled();
     void loaderSaysWhatIsWrong_data();
     void loaderSaysWhatIsWrong();
 };
@@ -48,6 +50,17 @@ void TestModuleSession::moduleIsLoadedFromAFile()
     QVERIFY2(module, qPrintable(error));
     QCOMPARE(module->get_module_version(), QString("v1.2.3"));
     QCOMPARE(loadModule(QStringLiteral(FAKE_MODULE), &error), module);
+}
+
+void TestModuleSession::moduleOfAnotherContractIsNotCalled()
+{
+    const FixtureFolder folder;
+    // Not even loaded: there is no library of that name.
+    folder.write("libmodule.contract.json", R"({"contract": "2.0"})");
+    QString error;
+    QVERIFY(!loadModule(folder.path("libmodule.so"), &error));
+    QCOMPARE(error, whyNotToCall(folder.path("libmodule.so")));
+    QVERIFY(error.contains("contract"));
 }
 
 void TestModuleSession::loaderSaysWhatIsWrong_data()
