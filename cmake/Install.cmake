@@ -18,7 +18,7 @@ set(ZAN_COMPLETION_DIR ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 # has to be installed as well.
 function(zan_install_library target)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "AS" "HEADERS")
-  set_target_properties(${target} PROPERTIES EXPORT_NAME ${arg_AS})
+  set_target_properties(${target} PROPERTIES EXPORT_NAME ${arg_AS} OUTPUT_NAME zanupdate-${target})
   install(TARGETS ${target} EXPORT ZanUpdateTargets
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT dev
     INCLUDES DESTINATION ${ZAN_INCLUDE_DIR})
