@@ -1,9 +1,9 @@
 #include "deliverylayout.h"
 
 #include <ownfolder.h>
-#include <plainname.h>
 #include <releasecatalogue.h>
 #include <scenario.h>
+#include <updatefolder.h>
 
 #include <QDir>
 #include <QFile>
@@ -93,6 +93,18 @@ bool layOut(const Selection& selection, const QString& target, QString* error)
                        [&](const QString& name) { return place(name, linkHard); }) &&
            std::all_of(folders.begin(), folders.end(),
                        [&](const QString& name) { return place(name, link); });
+}
+
+// Each once, in quotes, as a message lists them; empty if there are none.
+QString lettersBeyondAscii(const QString& path)
+{
+    QStringList letters;
+    for (const uint letter : path.toUcs4()) {
+        if (letter > 0x7F)
+            letters += QStringLiteral("\"%1\"").arg(QString::fromUcs4(&letter, 1));
+    }
+    letters.removeDuplicates();
+    return letters.join(QStringLiteral(", "));
 }
 
 // Whether a module, which opens files by the Latin-1 form of their path, finds this one.

@@ -4,8 +4,8 @@
 
 #include <checksumlist.h>
 #include <fieldoffsets.h>
-#include <filenames.h>
 #include <releasetext.h>
+#include <updatefolder.h>
 
 #include <QDir>
 #include <QDirIterator>
@@ -16,8 +16,6 @@
 #include <algorithm>
 
 namespace {
-
-const QString updateFolderName = QStringLiteral("controller_update");
 
 /// One controller image of a delivery.
 struct Release
@@ -206,7 +204,7 @@ QString updateFolderOf(const QString& folder)
     QString cleanFolder = QDir::cleanPath(folder);
     if (QFileInfo(QDir(cleanFolder).absolutePath()).fileName() == updateFolderName)
         return cleanFolder;
-    const QString found = searchDirectory(cleanFolder, updateFolderName);
+    const QString found = findUpdateFolder(cleanFolder);
     return found.isEmpty() ? cleanFolder : QDir::cleanPath(found);
 }
 

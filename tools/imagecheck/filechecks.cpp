@@ -1,11 +1,12 @@
 #include "filechecks.h"
 
+#include "payloadchecks.h"
 #include "rangechecks.h"
 
 #include <camupdatedata.h>
 #include <fieldoffsets.h>
 #include <filenames.h>
-#include <imagelisting.h>
+#include <imagewords.h>
 #include <releasetext.h>
 
 #include <QDate>
@@ -188,7 +189,7 @@ void FileCheck::checkPreRelease(const ControllerImage& image)
     if (image.layout != ImageLayout::Dated)
         return;
     const bool isFinal = image.preReleaseType == 0 && image.preReleaseNumber == 0;
-    if (!isFinal && !imageformat::preReleaseWord(image.preReleaseType))
+    if (!isFinal && !preReleaseWords().contains(image.preReleaseType))
         add({Rule::PreReleaseKind, QStringLiteral("preReleaseType"),
              QStringLiteral("%1 with number %2")
                  .arg(image.preReleaseType)

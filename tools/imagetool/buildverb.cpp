@@ -1,8 +1,8 @@
-#include "failure.h"
-#include "imagedescription.h"
 #include "imagetoolverbs.h"
-#include "imagewriter.h"
 #include "output.h"
+#include <failure.h>
+#include <imagedescription.h>
+#include <imagewriter.h>
 
 #include <filechecks.h>
 

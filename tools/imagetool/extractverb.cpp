@@ -1,7 +1,7 @@
-#include "failure.h"
-#include "imagescan.h"
 #include "imagetoolverbs.h"
 #include "output.h"
+#include <failure.h>
+#include <imagescan.h>
 
 #include <wholefile.h>
 

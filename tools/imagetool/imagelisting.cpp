@@ -1,7 +1,9 @@
 #include "imagelisting.h"
 
-#include "fieldoffsets.h"
-#include "releasetext.h"
+#include <fieldoffsets.h>
+#include <imagewords.h>
+#include <payloadchecks.h>
+#include <releasetext.h>
 
 #include <QBuffer>
 #include <QJsonArray>
@@ -10,35 +12,17 @@ namespace {
 
 QString typeText(quint16 type)
 {
-    if (type == FirmwareBlock)
-        return "firmware";
-    return type == SystemBlock ? QString("system") : QString::number(type);
+    const auto known = static_cast<BlockType>(type);
+    return blockTypeWords().contains(known) ? blockTypeWords().of(known) : QString::number(type);
 }
 
-QString componentText(PayloadComponent component)
-{
-    switch (component) {
-    case PayloadComponent::TrackingSoftware:
-        return "Pt";
-    case PayloadComponent::ControllerFirmware:
-        return "Ct";
-    default:
-        return "camera";
-    }
-}
-
-QString payloadName(const PayloadHead& head)
-{
-    return componentText(head.component) + ' ' + versionText(head.version) + head.appendix;
-}
-
-QString payloadText(const ScannedContent& content)
+QString contentText(const ScannedContent& content)
 {
     if (!content.isComplete)
         return "incomplete";
     if (!content.isPayload)
         return "unknown";
-    return content.payload ? payloadName(*content.payload) : QString("damaged");
+    return content.payload ? payloadText(*content.payload) : QString("damaged");
 }
 
 QString modelText(quint16 model)
@@ -56,12 +40,11 @@ QJsonArray modelsOf(const CameraUpdateFile& file)
 
 ListingFields headOf(const ControllerImage& image)
 {
-    const bool dated = image.layout == ImageLayout::Dated;
-    ListingFields head{{"kind", "controller"},
-                       {"layout", dated ? "dated" : "plain"},
-                       {"modelFamily", image.modelFamily == 0 ? "ZAN" : "BRIARSCOPE3"},
+    ListingFields head{{"kind", kindWords().of(UpdateFileKind::Controller)},
+                       {"layout", layoutWords().of(image.layout)},
+                       {"modelFamily", modelFamilyWords().of(image.modelFamily)},
                        {"release", releaseText(image)}};
-    if (dated) {
+    if (image.layout == ImageLayout::Dated) {
         head.append({"releaseDate", dateText(image.releaseDate)});
         head.append({"minorReleaseDate", dateText(image.minorReleaseDate)});
     }
@@ -73,7 +56,7 @@ ListingFields headOf(const ControllerImage& image)
 
 ListingFields headOf(const CameraUpdateFile& file)
 {
-    return {{"kind", "camera"},
+    return {{"kind", kindWords().of(UpdateFileKind::Camera)},
             {"newVersion", versionText(file.newVer)},
             {"minVersion", versionText(file.minVer)},
             {"models", modelsOf(file)}};
@@ -97,7 +80,7 @@ ListingFields contentFields(const RecordBlock& block, const ScannedContent& cont
             {"length", qint64(block.length.value_or(0))},
             {"records", qint64(block.recordCount.value_or(0))},
             {"longestRecord", content.totals.longest},
-            {"payload", payloadText(content)}};
+            {"payload", contentText(content)}};
 }
 
 template <typename Block>
@@ -107,33 +90,6 @@ void listParts(const QVector<Block>& blocks, const ScannedFile& scanned, UpdateF
         listing->parts.append(rangeOf(blocks[index]) +
                               ListingFields{{"text", QString::fromLatin1(blocks[index].text)}} +
                               contentFields(blocks[index], scanned.contents.value(index)));
-}
-
-/// What the payload of a block has to be.
-struct WantedPayload
-{
-    PayloadComponent component;
-    VersionInfo version;
-    std::optional<QString> appendix; ///< nullopt: the file does not say
-};
-
-std::optional<RuleFinding> payloadFinding(const ScannedContent& content,
-                                          const WantedPayload& wanted, const QString& field)
-{
-    if (!content.isPayload)
-        return std::nullopt;
-    if (!content.payload)
-        return RuleFinding{Rule::PayloadDamaged, field,
-                           QStringLiteral("damaged: ") + content.payloadDamage,
-                           QStringLiteral("a payload as it was made"), content.start};
-    const PayloadHead& head = *content.payload;
-    if (head.component == wanted.component && head.version == wanted.version &&
-        head.appendix == wanted.appendix.value_or(head.appendix))
-        return std::nullopt;
-    return RuleFinding{
-        Rule::PayloadVersion, field, payloadName(head),
-        payloadName({wanted.component, wanted.version, wanted.appendix.value_or("")}),
-        content.start};
 }
 
 QString fieldsText(const ListingFields& fields, const QString& indent)
@@ -193,10 +149,12 @@ QJsonObject blockJson(const ControllerImageBlock& block, const ScannedContent& c
                       const QJsonObject& recordsOf)
 {
     QJsonObject overrides;
-    if (block.type != FirmwareBlock && block.type != SystemBlock)
+    const auto known = static_cast<BlockType>(block.type);
+    const bool isForeign = !blockTypeWords().contains(known);
+    if (isForeign)
         overrides.insert("type", block.type);
     QJsonObject object = contentJson(block, content, overrides, recordsOf);
-    object.insert("type", typeText(block.type == FirmwareBlock ? FirmwareBlock : SystemBlock));
+    object.insert("type", blockTypeWords().of(isForeign ? SystemBlock : known));
     object.insert("minVersion", versionText(block.minVer));
     object.insert("maxVersion", versionText(block.maxVer));
     return object;
@@ -240,33 +198,6 @@ QJsonObject fileJson(const CameraUpdateFile& file, const ScannedFile& scanned,
 }
 
 } // namespace
-
-QVector<RuleFinding> payloadFindings(const ScannedFile& scanned)
-{
-    QVector<RuleFinding> findings;
-    const auto look = [&](int index, const char* parts, const WantedPayload& wanted) {
-        const QString field = QStringLiteral("%1[%2].payload").arg(QLatin1String(parts)).arg(index);
-        if (const auto finding = payloadFinding(scanned.contents.value(index), wanted, field))
-            findings.append(*finding);
-    };
-    if (const auto* image = scanned.file ? std::get_if<ControllerImage>(&*scanned.file) : nullptr) {
-        std::optional<QString> appendix;
-        if (image->layout == ImageLayout::Dated)
-            appendix = preReleaseText(image->preReleaseType, image->preReleaseNumber);
-        for (int index = 0; index < image->blocks.size(); ++index) {
-            if (image->blocks[index].type == SystemBlock)
-                look(index, "blocks",
-                     {PayloadComponent::ControllerFirmware, image->newCt, QString()});
-            else
-                look(index, "blocks", {PayloadComponent::TrackingSoftware, image->newPt, appendix});
-        }
-    } else if (scanned.file) {
-        const auto& file = std::get<CameraUpdateFile>(*scanned.file);
-        for (int index = 0; index < file.images.size(); ++index)
-            look(index, "images", {PayloadComponent::CameraFirmware, file.newVer, std::nullopt});
-    }
-    return findings;
-}
 
 UpdateFileListing listUpdateFile(const ScannedFile& scanned)
 {

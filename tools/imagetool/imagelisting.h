@@ -1,6 +1,6 @@
 #pragma once
 
-#include "imagescan.h"
+#include <imagescan.h>
 
 #include <QJsonObject>
 #include <QJsonValue>
@@ -38,6 +38,3 @@ QString listingText(const UpdateFileListing& listing);
 /// unless there are findings. What a description has no key for stands under "shown".
 /// @param fileName the absolute path of the file, from which the records are to be taken
 QJsonObject listingJson(const ScannedFile& scanned, const QString& fileName);
-
-/// What is wrong with the payloads of a file.
-QVector<RuleFinding> payloadFindings(const ScannedFile& scanned);

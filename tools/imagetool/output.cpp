@@ -1,6 +1,6 @@
 #include "output.h"
 
-#include "failure.h"
+#include <failure.h>
 
 #include <QTemporaryFile>
 

@@ -5,6 +5,7 @@
 #include <imageblockreader.h>
 #include <littleendianreader.h>
 #include <sixbitencoding.h>
+#include <updatefolder.h>
 
 #include <QDir>
 #include <QFile>
@@ -13,7 +14,6 @@
 
 namespace {
 
-const QLatin1String updatesFolder("controller_update");
 constexpr int payloadMagicBytes = 4;
 
 struct CloseFile
@@ -147,7 +147,7 @@ std::unique_ptr<QTemporaryDir> temporaryProgramFolder(QString* error)
     const QString path = folder->path();
     const bool isAscii =
         std::all_of(path.begin(), path.end(), [](QChar letter) { return letter.unicode() < 0x80; });
-    if (folder->isValid() && isAscii && QDir(path).mkdir(updatesFolder))
+    if (folder->isValid() && isAscii && QDir(path).mkdir(updateFolderName))
         return folder;
     *error = isAscii ? QStringLiteral("%1: no temporary folder can be made there; name another one "
                                       "in TMPDIR")
@@ -161,7 +161,8 @@ std::unique_ptr<QTemporaryDir> temporaryProgramFolder(QString* error)
 bool linkInto(const QTemporaryDir& folder, const QString& target, const QString& name,
               QString* error)
 {
-    const QString link = folder.path() + QLatin1Char('/') + updatesFolder + QLatin1Char('/') + name;
+    const QString link =
+        folder.path() + QLatin1Char('/') + updateFolderName + QLatin1Char('/') + name;
     if (QFile::link(target, link))
         return true;
     *error = QStringLiteral("%1: cannot be linked to").arg(target);
@@ -212,7 +213,7 @@ bool DeliveredFiles::link(QString* error)
 
 void DeliveredFiles::readImages()
 {
-    const QDir dir(m_links->path() + QLatin1Char('/') + updatesFolder);
+    const QDir dir(m_links->path() + QLatin1Char('/') + updateFolderName);
     for (const QString& name : dir.entryList(QDir::Files)) {
         auto data = std::make_unique<ZanData>(dir.filePath(name));
         if (data->isValid())

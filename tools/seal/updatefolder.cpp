@@ -9,10 +9,9 @@ namespace {
 // time, and loops of links would never end.
 QString searchBelow(const QString& directory, QSet<QString>* visited)
 {
-    const QLatin1String name("controller_update");
     const QDir dir(directory);
-    if (dir.exists(name))
-        return dir.filePath(name);
+    if (dir.exists(updateFolderName))
+        return dir.filePath(updateFolderName);
     const QString canonicalPath = dir.canonicalPath();
     if (visited->contains(canonicalPath))
         return QString();

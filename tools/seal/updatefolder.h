@@ -2,6 +2,9 @@
 
 #include <QString>
 
+/// What a folder of update files is called.
+inline const QLatin1String updateFolderName("controller_update");
+
 /// Finds the folder that the plug-in takes its update files from: "controller_update" beside the
 /// program, or else the first one below, depth first and by name. Any thread.
 ///

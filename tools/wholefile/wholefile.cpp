@@ -1,5 +1,7 @@
 #include "wholefile.h"
 
+#include "failure.h"
+
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
@@ -28,12 +30,6 @@ void flushFolderOf(const QString& path)
         return;
     ::fsync(folder);
     ::close(folder);
-}
-
-bool fail(const QString& reason, QString* error)
-{
-    *error = reason;
-    return false;
 }
 
 // As writeWholeFile(), but *error is the reason alone.

@@ -16,6 +16,7 @@ private slots:
     void namesTheFirstError();
     void goesOnHarmlesslyAfterAnError();
     void breaksNoLineForTheFilesName();
+    void textsOfAnEnumerationAreFoundBothWays();
 };
 
 void TestCheckedJson::refusesWhatIsNoObject_data()
@@ -203,6 +204,17 @@ void TestCheckedJson::breaksNoLineForTheFilesName()
     CheckedObject root(QJsonObject(), QStringLiteral("a\nb.json"), &error);
     root.text("text");
     QCOMPARE(error, QStringLiteral("a\\nb.json: text: missing"));
+}
+
+void TestCheckedJson::textsOfAnEnumerationAreFoundBothWays()
+{
+    const EnumTexts<int> texts = {{10, "ten"}, {20, "twenty"}};
+    QCOMPARE(texts.of(20), QString("twenty"));
+    QCOMPARE(texts.valueOf("twenty"), std::make_optional(20));
+    QVERIFY(!texts.valueOf("Twenty"));
+    QVERIFY(texts.contains(10));
+    QVERIFY(!texts.contains(15));
+    QCOMPARE(texts.all(), (QStringList{"ten", "twenty"}));
 }
 
 ZAN_TEST_MAIN(TestCheckedJson)

@@ -1,5 +1,5 @@
 #include "commandline.h"
-#include "sampleimages.h"
+#include <sampleimages.h>
 
 #include <childprocess.h>
 #include <fixturefiles.h>

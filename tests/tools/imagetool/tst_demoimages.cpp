@@ -1,5 +1,5 @@
 #include "imagelisting.h"
-#include "imagereader.h"
+#include <imagereader.h>
 
 #include <deliverychecks.h>
 #include <filechecks.h>

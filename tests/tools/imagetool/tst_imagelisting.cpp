@@ -1,5 +1,5 @@
 #include "imagelisting.h"
-#include "sampleimages.h"
+#include <sampleimages.h>
 
 #include <testmain.h>
 

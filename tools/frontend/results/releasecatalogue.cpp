@@ -1,8 +1,10 @@
 #include "releasecatalogue.h"
 
-#include <imageformat.h>
 #include <imagereader.h>
+#include <imagewords.h>
 #include <payload.h>
+#include <releasetext.h>
+#include <updatefolder.h>
 
 #include <algorithm>
 
@@ -31,11 +33,10 @@ std::optional<QString> appendixOf(const ControllerImage& image)
 {
     if (image.layout != ImageLayout::Dated)
         return std::nullopt;
-    if (image.preReleaseType == 0 && image.preReleaseNumber == 0)
-        return QString();
-    if (const char* word = imageformat::preReleaseWord(image.preReleaseType))
-        return QStringLiteral("-%1.%2").arg(QLatin1String(word)).arg(image.preReleaseNumber);
-    return std::nullopt;
+    const bool isFinal = image.preReleaseType == 0 && image.preReleaseNumber == 0;
+    if (!isFinal && !preReleaseWords().contains(image.preReleaseType))
+        return std::nullopt;
+    return preReleaseText(image.preReleaseType, image.preReleaseNumber);
 }
 
 Release releaseOf(const ControllerImage& image)
@@ -52,7 +53,8 @@ Release releaseOf(const ControllerImage& image)
 
 QString updateFolder(const QString& programDir)
 {
-    return programDir + QLatin1Char('/') + updateFolderName;
+    const QString found = findUpdateFolder(programDir);
+    return found.isEmpty() ? programDir + QLatin1Char('/') + updateFolderName : found;
 }
 
 VersionInfo Release::ctAfter(VersionInfo before) const

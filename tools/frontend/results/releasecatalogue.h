@@ -8,9 +8,8 @@
 
 #include <optional>
 
-/// The folder beside the program in which its module looks for update files.
-inline const QLatin1String updateFolderName("controller_update");
-/// Its path for a program that stands in @p programDir; it need not exist.
+/// The folder in which a module of the program in @p programDir looks for update files; if it finds
+/// none, where it looks first.
 QString updateFolder(const QString& programDir);
 
 /// What one controller image says of the release that it brings.

@@ -46,6 +46,7 @@ private slots:
     void firmwareFollowsFromTheRange();
     void foreignFilesDoNotCount();
     void allOfAFileTellsItsReleaseToo();
+    void folderIsTheOneThatModulesFind();
 };
 
 void TestReleaseCatalogue::headsOfImagesTellReleases()
@@ -136,6 +137,16 @@ void TestReleaseCatalogue::allOfAFileTellsItsReleaseToo()
     QCOMPARE(catalogue.find({3, 3, 0}, 2)->ct.toString(), QString("v1.4"));
     QCOMPARE(catalogue.newestForController(2).pt.text(), DeliveredVersion().text());
     QCOMPARE(catalogue.newestForController(2).ct.text(), DeliveredVersion().text());
+}
+
+void TestReleaseCatalogue::folderIsTheOneThatModulesFind()
+{
+    const FixtureFolder program;
+    QCOMPARE(updateFolder(program.path()), program.path("controller_update"));
+    program.makeFolder("deeper/controller_update");
+    QCOMPARE(updateFolder(program.path()), program.path("deeper/controller_update"));
+    program.makeFolder("controller_update");
+    QCOMPARE(updateFolder(program.path()), program.path("controller_update"));
 }
 
 ZAN_TEST_MAIN(TestReleaseCatalogue)

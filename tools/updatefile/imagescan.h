@@ -1,7 +1,7 @@
 #pragma once
 
-#include "findings.h"
 #include "updatefile.h"
+#include <findings.h>
 
 #include <payload.h>
 

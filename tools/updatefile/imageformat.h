@@ -37,21 +37,6 @@ constexpr int versionParts(quint16 blockType)
     return blockType == FirmwareBlock ? 3 : 2;
 }
 
-/// The word that stands for a pre-release type in the text of a release; null for a foreign type.
-constexpr const char* preReleaseWord(int type)
-{
-    switch (type) {
-    case 10:
-        return "alpha";
-    case 20:
-        return "beta";
-    case 30:
-        return "rc";
-    default:
-        return nullptr;
-    }
-}
-
 /// Longest text before the records of a controller block that readers take.
 constexpr int maxBlockTextBytes = 49;
 /// Longest text before the records of a camera image that readers take.

@@ -1,6 +1,6 @@
 #include "releasetext.h"
 
-#include "imageformat.h"
+#include "imagewords.h"
 
 #include <QRegularExpression>
 #include <QStringList>
@@ -25,8 +25,8 @@ QString preReleaseText(int type, int number)
 {
     if (type == 0 && number == 0)
         return QString();
-    if (const char* word = imageformat::preReleaseWord(type))
-        return QStringLiteral("-%1.%2").arg(QLatin1String(word)).arg(number);
+    if (preReleaseWords().contains(type))
+        return QStringLiteral("-%1.%2").arg(preReleaseWords().of(type)).arg(number);
     return QStringLiteral("-unknown%1.%2").arg(type).arg(number);
 }
 
@@ -34,6 +34,22 @@ QString releaseText(const ControllerImage& image)
 {
     return versionText(image.release) +
            preReleaseText(image.preReleaseType, image.preReleaseNumber);
+}
+
+QString payloadText(const PayloadHead& head)
+{
+    const auto component = [&] {
+        switch (head.component) {
+        case PayloadComponent::TrackingSoftware:
+            return QStringLiteral("Pt");
+        case PayloadComponent::ControllerFirmware:
+            return QStringLiteral("Ct");
+        case PayloadComponent::CameraFirmware:
+            break;
+        }
+        return QStringLiteral("camera");
+    };
+    return component() + QLatin1Char(' ') + versionText(head.version) + head.appendix;
 }
 
 QString dateText(const ImageDate& date)
@@ -72,12 +88,9 @@ std::optional<ReleaseText> parseRelease(const QString& text)
         return ReleaseText{*version, 0, 0, QString()};
 
     const auto number = parseNumber(match.captured(5));
-    if (number && match.captured(4).isEmpty()) {
-        for (const int type : {10, 20, 30}) {
-            if (match.captured(3) == QLatin1String(imageformat::preReleaseWord(type)))
-                return ReleaseText{*version, type, *number, match.captured(2)};
-        }
-    }
+    const auto type = preReleaseWords().valueOf(match.captured(3));
+    if (number && type && match.captured(4).isEmpty())
+        return ReleaseText{*version, *type, *number, match.captured(2)};
     const auto foreignType = parseNumber(match.captured(4));
     if (number && foreignType && match.captured(3) == QLatin1String("unknown"))
         return ReleaseText{*version, *foreignType, *number, match.captured(2)};

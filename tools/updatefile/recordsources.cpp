@@ -1,7 +1,7 @@
 #include "recordsources.h"
 
-#include "failure.h"
 #include "imagescan.h"
+#include <failure.h>
 
 #include <QFile>
 #include <QFileInfo>

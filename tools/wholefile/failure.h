@@ -2,7 +2,8 @@
 
 #include <QString>
 
-/// Has a function that can fail end with @p reason. @p error must not be null. @return false
+/// For `return fail(...)` in a function that can fail: it fails with @p reason. @p error must not
+/// be null. @return false
 inline bool fail(const QString& reason, QString* error)
 {
     *error = reason;

@@ -18,6 +18,9 @@ QString preReleaseText(int type, int number);
 /// For example "3.2.0-beta.2". In the plain layout the pre-release stands elsewhere.
 QString releaseText(const ControllerImage& image);
 
+/// What a payload brings, for example "Pt 3.2.0-beta.2".
+QString payloadText(const PayloadHead& head);
+
 /// For example "2025-03-14"; of what is no date, the three numbers all the same.
 QString dateText(const ImageDate& date);
 

@@ -1,9 +1,10 @@
 #include "imagedescription.h"
 
-#include "checkedjson.h"
 #include "imageformat.h"
+#include "imagewords.h"
 #include "recordsources.h"
 #include "releasetext.h"
+#include <checkedjson.h>
 
 #include <QDir>
 #include <QFileInfo>
@@ -126,14 +127,13 @@ private:
 ControllerImage DescriptionReader::readController(CheckedObject& root)
 {
     ControllerImage image;
-    const bool plain = root.choice("layout", {"plain", "dated"}) == 0;
-    image.layout = plain ? ImageLayout::Plain : ImageLayout::Dated;
-    image.modelFamily = root.choice("modelFamily", {"ZAN", "BRIARSCOPE3"}, 0) * briarscopeFamily;
+    image.layout = root.choice("layout", layoutWords());
+    image.modelFamily = root.choice("modelFamily", modelFamilyWords(), 0);
 
     const ReleaseText release = readRelease(root, "release");
     m_appendix = release.appendix;
     image.release = release.version;
-    if (!plain) {
+    if (image.layout == ImageLayout::Dated) {
         image.preReleaseType = release.preReleaseType;
         image.preReleaseNumber = release.preReleaseNumber;
         image.releaseDate = readDate(root, "releaseDate");
@@ -159,8 +159,8 @@ ControllerImageBlock DescriptionReader::readBlock(CheckedObject& object,
                                                   const ControllerImage& image)
 {
     ControllerImageBlock block;
-    const bool firmware = object.choice("type", {"firmware", "system"}) == 0;
-    block.type = firmware ? FirmwareBlock : SystemBlock;
+    const BlockType type = object.choice("type", blockTypeWords());
+    block.type = type;
     const int parts = imageformat::versionParts(block.type);
     block.minVer = readVersion(object, "minVersion", parts);
     block.maxVer = readVersion(object, "maxVersion", parts);
@@ -168,7 +168,7 @@ ControllerImageBlock DescriptionReader::readBlock(CheckedObject& object,
 
     CheckedObject overrides = object.objectOrEmpty("override");
     block.type = static_cast<quint16>(overrides.number("type", 0, 0xFFFF, block.type));
-    if (firmware)
+    if (type == FirmwareBlock)
         readContent(object, overrides,
                     {PayloadComponent::TrackingSoftware, image.newPt, m_appendix}, &block);
     else
@@ -306,7 +306,7 @@ std::optional<UpdateFile> readImageDescription(const QByteArray& json, const QSt
     CheckedObject root(*document, fileName, error);
     DescriptionReader reader(QFileInfo(fileName).path());
     UpdateFile file;
-    if (root.choice("kind", {"controller", "camera"}) == 0)
+    if (root.choice("kind", kindWords()) == UpdateFileKind::Controller)
         file = reader.readController(root);
     else
         file = reader.readCamera(root);
