@@ -10,7 +10,7 @@ namespace {
 
 constexpr int maxStateLine = 1 << 20;
 constexpr int maxToldCharacters = 200;
-constexpr int catchUpMs = 1000;
+constexpr int catchUpMs = LineSocket::answerMs;
 constexpr char stateTag[] = "#state";
 constexpr char identityTag[] = "#identity";
 constexpr char aliveTag[] = "#alive";
