@@ -346,6 +346,7 @@ private slots:
             connection.readLine();
             connection.write("#state ok " + stateOf("single") + '\n');
             connection.readLine();
+            QThread::msleep(1500); // as on a busy machine
             connection.write("#state ok " + stateOf("single").replace("\"off\"", "\"running\"") +
                              '\n');
             connection.waitUntilClosed();

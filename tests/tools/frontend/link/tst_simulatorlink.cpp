@@ -127,7 +127,7 @@ private slots:
     void idleWorkIsDoneDuringLongWaitsOnly()
     {
         SimulatedSystem system(timedScenario(0, 0));
-        system.armFault(faultAt(FaultMode::AnswerLate, "system net", 300));
+        system.armFault(faultAt(FaultMode::AnswerLate, "system net", 1000));
         SimulatorLink link(system, SimulatorLink::Pace::Device);
         int idle = 0;
         link.setIdleWork([&] { ++idle; });

@@ -505,7 +505,7 @@ private slots:
             connection.readLine();
             connection.write("#1 ok zan-master\n");
             connection.readLine();
-            QThread::msleep(400);
+            QThread::msleep(1000); // long for any machine
             connection.write("#2 ok zan-master\n");
             connection.waitUntilClosed();
         }});
