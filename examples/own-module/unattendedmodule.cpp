@@ -6,7 +6,10 @@
 
 UnattendedModule::UnattendedModule() : m_action(tr("What was pressed..."))
 {
-    connect(&m_action, &QAction::triggered, this, [this] { m_list->show(); });
+    connect(&m_action, &QAction::triggered, this, [this] {
+        if (m_list)
+            m_list->show();
+    });
     connect(&m_timer, &QTimer::timeout, this, &UnattendedModule::look);
 }
 
@@ -35,6 +38,7 @@ QList<_GuiElement*> UnattendedModule::get_gui_elements()
 
 void UnattendedModule::exit_module()
 {
+    m_timer.stop();
     delete m_list;
 }
 
@@ -60,7 +64,8 @@ bool UnattendedModule::press(QAbstractButton* button)
         return false;
     m_hasUpdated = m_hasUpdated || button->objectName() == QLatin1String("pushButton_update");
     const QString told = button->window()->windowTitle() + QLatin1String(": ") + button->text();
-    m_list->addItem(told);
+    if (m_list)
+        m_list->addItem(told);
     m_channel->post_message("standard", "UNATTENDED", 1, told.toLatin1().constData());
     return QMetaObject::invokeMethod(button, "click", Qt::QueuedConnection);
 }

@@ -8,9 +8,8 @@
 
 /// Loads a plug-in module of this program's contract. It stays loaded until the process ends.
 ///
-/// @param error must not be null; on failure the file with the loader's own words, with what is
-/// wrong
-///        with the object that the plug-in holds, or with whyNotToCall()
+/// @param error must not be null; on failure whyNotToCall(), or the file with the loader's own
+///        words, or with what is wrong with the object that the plug-in holds
 /// @return null on failure
 ModuleInterface* loadModule(const QString& file, QString* error);
 
