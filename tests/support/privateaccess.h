@@ -22,7 +22,7 @@
 template <typename Tag, auto Member>
 struct ExposedMember
 {
-    friend auto exposedMember(Tag) { return Member; }
+    friend auto exposedMember(Tag /*tag*/) { return Member; }
 };
 
 template <typename Member, typename... Arguments>
