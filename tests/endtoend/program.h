@@ -27,6 +27,7 @@ public:
     void kill();
 
     bool isRunning() const { return m_process.state() != QProcess::NotRunning; }
+    qint64 processId() const { return m_process.processId(); }
 
 private:
     void read();

@@ -184,6 +184,7 @@ public:
     }
 
     Program& program() { return m_program; }
+    qint64 processId() const { return m_program.processId(); }
 
 private:
     Desktop& m_desktop;
@@ -249,6 +250,7 @@ private slots:
     void systemKilledInARunIsUpdatedLater();
     void systemKilledWhileNothingHappensIsConnectedAgain();
     void planIsNotSentToAnotherSystem();
+    void secondFrontendLooksOn();
     void oneLostReplyMakesNoControllerOld();
     void lostRepliesLeadToAQuestion();
 
@@ -391,6 +393,31 @@ void TestDesktop::planIsNotSentToAnotherSystem()
     const int told = indexOf(log, "Another system is served at " + system.address() + " now.");
     QVERIFY2(told >= 0, qPrintable(log.join('\n')));
     QVERIFY(indexOf(log, "Simulated system: Another system") > told);
+}
+
+void TestDesktop::secondFrontendLooksOn()
+{
+    const FixtureFolder folder;
+    const FixtureFolder another;
+    System system(folder);
+    QVERIFY(system.start(System::Pace::Endless));
+    Session ann(desktop, system, folder);
+    QVERIFY(ann.reads("window    " + updateTitle));
+    QVERIFY(ann.startsTheRun());
+    QTRY_VERIFY(system.state().endsWith("has received"));
+
+    Session ben(desktop, system, another);
+    const QString who = QStringLiteral(", process %1 updates this system.").arg(ann.processId());
+    QVERIFY(ben.reads(who));
+    QVERIFY(ben.reads("zan-master: "));
+    QVERIFY(ben.reads("You can only look on until that is over"));
+    QVERIFY(ben.reads("[Power-cycle the controllers] (off)"));
+
+    // The one who updates dies, and the other one may.
+    ann.program().kill();
+    QVERIFY(ben.reads("Frontend: The other host is through with its update."));
+    QVERIFY(ben.reads("Frontend: Module loaded"));
+    QVERIFY(ben.reads("window    " + updateTitle));
 }
 
 void TestDesktop::oneLostReplyMakesNoControllerOld()

@@ -4,6 +4,7 @@
 
 #include <connectionpanel.h>
 #include <logview.h>
+#include <otherhostbanner.h>
 #include <releasecatalogue.h>
 #include <reportedversion.h>
 #include <searchhardwaredlg.h>
@@ -114,8 +115,7 @@ void Frontend::watchRuns()
     connect(&m_runs, &RunFollower::runChanged, this,
             [this] { m_window.setHasResults(m_runs.hasRun()); });
     connect(&m_runs, &RunFollower::resultChanged, this, &Frontend::showResults);
-    m_runs.setPermission(
-        [this](const QVector<StepBack>& steps) { return allowsStepsBack(steps, &m_window); });
+    m_runs.setPermission([this](const QVector<StepBack>& steps) { return allowsRun(steps); });
     m_channel.addWatcher(m_monitor);
     m_window.followRuns(m_monitor);
     connect(&m_monitor, &RunMonitor::failed, this,
@@ -238,6 +238,8 @@ void Frontend::followSystem()
     if (m_isConnected && (m_wasUnreachable || !m_channel.isCurrent()))
         systemLost();
     m_wasUnreachable = !isReachable;
+    if (m_isConnected)
+        followOtherHost();
     if (m_access->isExchanged())
         beginAnew();
     else if (m_module.isInside())
@@ -276,9 +278,38 @@ void Frontend::systemFound()
         log(tr("Connected to %1").arg(m_access->link().address()));
     m_runs.systemConnected();
     m_isConnected = true;
+    m_isLookingOn = false;
+    followOtherHost();
+    if (m_isLookingOn)
+        return;
     const QScopedValueRollback<bool> waiting(m_isWaiting, true);
     if (m_module.enter(found))
         tellTheme(m_window.isDarkTheme());
+}
+
+// As long as another host updates the system the module has no place here: what it knows grows old,
+// and what it offers must not be done.
+void Frontend::followOtherHost()
+{
+    const bool isLookingOn = equipment().isInOtherHands();
+    if (std::exchange(m_isLookingOn, isLookingOn) == isLookingOn)
+        return;
+    if (isLookingOn) {
+        log(otherHostText(equipment()));
+        m_module.leave();
+    } else {
+        log(tr("The other host is through with its update."));
+        m_isConnected = false; // so that all is asked anew
+    }
+}
+
+bool Frontend::allowsRun(const QVector<StepBack>& stepsBack)
+{
+    if (equipment().isInOtherHands()) {
+        refuseForOtherHost(equipment(), &m_window);
+        return false;
+    }
+    return stepsBack.isEmpty() || allowsStepsBack(stepsBack, &m_window);
 }
 
 void Frontend::systemLost()

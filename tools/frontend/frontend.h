@@ -72,6 +72,8 @@ private:
     void followSystem();
     void beginAnew();
     void systemFound();
+    void followOtherHost();
+    bool allowsRun(const QVector<StepBack>& stepsBack);
     void systemLost();
     BackendVersions versions();
     BackendVersions askVersions();
@@ -92,6 +94,7 @@ private:
     QTimer m_follow;
     bool m_hasToBeginAnew = false;
     bool m_wasUnreachable = false;
+    bool m_isLookingOn = false; // as another host updates the system
     bool m_isConnected = false; // the module was asked in, whether or not it was let in
     bool m_isWaiting = false;   // for a reply, or for the module to come in
     ModuleHost m_module;        // last: it uses all the others

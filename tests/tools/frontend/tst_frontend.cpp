@@ -91,6 +91,7 @@ private slots:
     void shutdownOfTheModuleIsTold();
     void stateIsKeptAndForgotten();
     void windowAndLogGoOnAtTheNextStart();
+    void moduleStaysAwayWhileAnotherHostUpdates();
     void startDoesWithoutWhatCannotBeKept();
     void damagedStateIsSetAside();
     void whatPreventsTheStartIsTold();
@@ -351,6 +352,43 @@ void TestFrontend::windowAndLogGoOnAtTheNextStart()
     QVERIFY(!fresh.window().isDarkTheme());
     QVERIFY(fresh.window().size() != QSize(1001, 777));
     QCOMPARE(fresh.window().log().toPlainText().count("Started: "), 1);
+}
+
+void TestFrontend::moduleStaysAwayWhileAnotherHostUpdates()
+{
+    const FixtureFolder folder;
+    Frontend frontend(scenarioNamed("cascade"), optionsFor(folder));
+    QString error;
+    QVERIFY2(frontend.prepare(&error), qPrintable(error));
+    auto& system = dynamic_cast<SimulatedSystem&>(frontend.equipment());
+    QTimer timer;
+    connect(&timer, &QTimer::timeout, &frontend, [&] {
+        if (FakeModule::calls().count("exit_module, the window is there") == 1)
+            system.setUpdatedBy(QString());
+        if (FakeModule::calls().count("get_gui_elements") == 2)
+            QApplication::quit();
+    });
+    timer.start(10);
+    runWith(frontend, [&] { system.setUpdatedBy("ann@console"); });
+    QCOMPARE(FakeModule::calls(), beginning + ending + beginning + ending);
+    const QString log = frontend.window().log().toPlainText();
+    QVERIFY2(log.contains("ann@console updates this system.") &&
+                 log.contains("The other host is through with its update."),
+             qPrintable(log));
+
+    // Whoever comes in the middle of it looks on from the beginning.
+    const FixtureFolder elsewhere;
+    Frontend late(scenarioNamed("cascade"), optionsFor(elsewhere));
+    QVERIFY2(late.prepare(&error), qPrintable(error));
+    dynamic_cast<SimulatedSystem&>(late.equipment()).setUpdatedBy("ann@console");
+    FakeModule::forgetCalls();
+    connect(&late.window().log(), &LogView::added, &late,
+            [](const QString& /*sender*/, const QString& text) {
+                if (text == "ann@console updates this system.")
+                    QTimer::singleShot(300, qApp, &QApplication::quit);
+            });
+    late.run();
+    QCOMPARE(FakeModule::calls(), QStringList());
 }
 
 void TestFrontend::startDoesWithoutWhatCannotBeKept()

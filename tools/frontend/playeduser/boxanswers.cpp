@@ -22,6 +22,7 @@ const QVector<BoxRule>& namedBoxes()
         {"deliveryRefused", QMessageBox::Ok, "delivery-refused", true},
         {"deliveryDeparts", QMessageBox::Ok, "delivery-departs"},
         {"stepsBack", QMessageBox::NoButton, "steps-back", true},
+        {"otherHost", QMessageBox::Ok, "other-host", true},
     };
     return rules;
 }

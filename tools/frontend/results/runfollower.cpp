@@ -98,7 +98,7 @@ bool RunFollower::mayRun(const UpdatePlan& plan)
     const QVector<StepBack> back = stepsBack(plan.steps, SystemReport::ask(queries), known);
     for (const StepBack& step : back)
         emit message(stepBackText(step));
-    return back.isEmpty() || (m_permission && m_permission(back));
+    return m_permission ? m_permission(back) : back.isEmpty();
 }
 
 void RunFollower::noteRestart(bool isTaken)

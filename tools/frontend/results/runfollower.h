@@ -25,8 +25,8 @@ class RunFollower : public QObject
     Q_OBJECT
 
 public:
-    /// Says whether a run may go that takes devices back, which are given and never none. Called in
-    /// the middle of a module's call, which waits for it.
+    /// Says whether a run may go that takes these devices back, or none. Called before the first
+    /// text of each run, in the middle of the module's call, which waits for it.
     using Permission = std::function<bool(const QVector<StepBack>&)>;
 
     /// @param channel must outlive this object

@@ -2,6 +2,7 @@
 
 #include "connectionpanel.h"
 #include "logpanel.h"
+#include "otherhostbanner.h"
 #include "runbanner.h"
 #include "systemview.h"
 #include "theme.h"
@@ -122,6 +123,7 @@ QWidget* MainWindow::makeContent()
     auto* content = new QWidget;
     auto* layout = new QVBoxLayout(content);
     layout->addWidget(m_banner);
+    layout->addWidget(new OtherHostBanner(m_equipment));
     layout->addWidget(m_connection);
     layout->addWidget(splitter, 1);
     return content;
@@ -211,12 +213,14 @@ void MainWindow::followSystem()
 {
     const bool measuring = m_equipment.state().measurement != Measurement::Off;
     m_measurement->setText(measuring ? tr("Measurement runs") : tr("No measurement"));
-    const bool isAtRest = !m_observer && m_equipment.isReachable() && !measuring;
+    const bool mustNotDisturb = measuring || m_equipment.isInOtherHands();
+    const bool isAtRest = !m_observer && m_equipment.isReachable() && !mustNotDisturb;
     allow(m_searchHardware, isAtRest);
     allow(m_startMeasurement, isAtRest);
-    m_stopMeasurement->setEnabled(!m_observer && measuring);
+    m_stopMeasurement->setEnabled(!m_observer && measuring && !m_equipment.isInOtherHands());
     for (const ModuleEntry& entry : qAsConst(m_moduleEntries))
-        entry.action->setEnabled(!isRunUnderWay() && (!measuring || entry.activeDuringMeasurement));
+        entry.action->setEnabled(!isRunUnderWay() &&
+                                 (!mustNotDisturb || entry.activeDuringMeasurement));
 }
 
 // What an entry says of itself is why it cannot be used, if that is so for the run alone.

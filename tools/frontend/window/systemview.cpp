@@ -1,6 +1,7 @@
 #include "systemview.h"
 
 #include "faultdialog.h"
+#include "otherhostbanner.h"
 
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -188,6 +189,7 @@ void SystemView::refresh()
     const int armed = m_equipment.state().faults.armed().size();
     m_faults->setText(armed == 0 ? tr("Fa&ults on demand...")
                                  : tr("Fa&ults on demand (%1 armed)...").arg(armed));
+    followLock();
 }
 
 void SystemView::setPowerLocked(bool isLocked)
@@ -198,15 +200,18 @@ void SystemView::setPowerLocked(bool isLocked)
 
 void SystemView::followLock()
 {
-    const QString reason =
-        m_isPowerLocked ? tr("Not as long as an update is under way. To see what a loss of power "
-                             "does to it, arm that fault.")
-                        : QString();
-    m_controllerPower->setEnabled(!m_isPowerLocked);
+    QString reason;
+    if (m_equipment.isInOtherHands())
+        reason = otherHostText(m_equipment);
+    else if (m_isPowerLocked)
+        reason = tr("Not as long as an update is under way. To see what a loss of power does to "
+                    "it, arm that fault.");
+    m_faults->setEnabled(!m_equipment.isInOtherHands());
+    m_controllerPower->setEnabled(reason.isEmpty());
     m_controllerPower->setToolTip(reason);
     if (!m_cameraPower)
         return;
-    m_cameraPower->setEnabled(!m_isPowerLocked && m_cameraView->selectionModel()->hasSelection());
+    m_cameraPower->setEnabled(reason.isEmpty() && m_cameraView->selectionModel()->hasSelection());
     m_cameraPower->setToolTip(reason);
 }
 
