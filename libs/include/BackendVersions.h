@@ -10,8 +10,8 @@
 
 /// What the backend reports about itself, immutable after construction.
 ///
-/// The host constructs and owns the record and must keep it alive until exit_module() has returned;
-/// the plug-in only reads it. It travels to the plug-in as a pointer inside a QVariant.
+/// The host constructs and owns the record and must keep it alive until exit_module() has freed the
+/// dialogs; the plug-in only reads it. It travels to the plug-in as a pointer inside a QVariant.
 class BackendVersions
 {
 public:

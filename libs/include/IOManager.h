@@ -16,12 +16,12 @@ class MessageReceiver;
 
 /// The host's channel: to the controllers by text commands, and to the host's other modules.
 ///
-/// The host implements and owns it; the plug-in holds a plain pointer until exit_module() has
-/// returned and calls it on the user interface thread only. All text is 8-bit and NUL-terminated.
-/// Every `int` result is 0 for success and anything else for failure. The words of the command
-/// language are described in docs/command-language.md; no text that the plug-in sends to a
-/// controller is longer than 234 bytes without its NUL. Without prepare_reply() an exchange may
-/// take as long as the host lets it.
+/// The host implements and owns it; the plug-in holds a plain pointer until exit_module() has freed
+/// its dialogs and calls it on the user interface thread only. All text is 8-bit and
+/// NUL-terminated. Every `int` result is 0 for success and anything else for failure. The words of
+/// the command language are described in docs/command-language.md; no text that the plug-in sends
+/// to a controller is longer than 234 bytes without its NUL. Without prepare_reply() an exchange
+/// may take as long as the host lets it.
 ///
 /// A host may have further virtual operations of its own in its implementing class; the order of
 /// these nine is part of the contract.

@@ -46,8 +46,12 @@ public:
     virtual ~ModuleInterface() {} // NOLINT(modernize-use-equals-default): its body is empty
 
     /// The host will leave soon: releases what must be gone before the application's objects are.
+    /// In the middle of a call of the module, at its end.
     virtual void about_to_exit_module() = 0;
     /// Frees the module's dialogs; every list that get_gui_elements() returned is void afterwards.
+    /// In the middle of a call of the module its windows close, a run goes to its end, and the
+    /// dialogs are freed when the call returns: they emit destroyed(), and what the host owns has
+    /// to live until then.
     virtual void exit_module() = 0;
     /// Name of the module, translated.
     virtual QString get_module_name() const = 0;

@@ -11,6 +11,7 @@
 #include "hostlog.h"
 #include "littleendianreader.h"
 #include "newfeaturedialog.h"
+#include "opencall.h"
 #include "preferencesfile.h"
 #include "runexchange.h"
 #include "searchhardwaredlg.h"
@@ -23,6 +24,7 @@
 #include <BackendVersions>
 #include <IOManager>
 
+#include <QApplication>
 #include <QDir>
 #include <QFile>
 #include <QGridLayout>
@@ -89,12 +91,15 @@ ZanModuleServer* ZanUpdateModule2GSettingsdlg::server() const
 int ZanUpdateModule2GSettingsdlg::update_and_exec()
 {
     // A run works on the rows that this would delete.
-    if (m_isRunUnderWay)
+    if (m_isRunUnderWay || m_isLeaving)
         return QDialog::Rejected;
+    const OpenCall call;
     showWhatInDialog(QString());
     showMessageInDialog(QString(), 0);
     updateTablewidget();
     showWhatIsDue();
+    if (m_isLeaving)
+        return QDialog::Rejected;
     // Larger fonts than usual may need more room than the form demands.
     resize(size().expandedTo(minimumSizeHint()));
     return exec();
@@ -131,6 +136,9 @@ void ZanUpdateModule2GSettingsdlg::onTimer()
 
 void ZanUpdateModule2GSettingsdlg::onDisplayMsgNoValidIp()
 {
+    if (m_isLeaving)
+        return;
+    const OpenCall call;
     QMessageBox::warning(
         this, tr("Warning"),
         QStringLiteral("The Controller's network is set to 'DHCP';\n"
@@ -146,8 +154,9 @@ void ZanUpdateModule2GSettingsdlg::onDisplayMsgNoValidIp()
 
 void ZanUpdateModule2GSettingsdlg::onTimerShowNewFeature()
 {
-    if (!bShowNewFeatures)
+    if (!bShowNewFeatures || m_isLeaving)
         return;
+    const OpenCall call;
     m_new_feature_dialog->set_trigger_at_start(true);
     m_new_feature_dialog->update_and_exec();
     m_new_feature_dialog->set_trigger_at_start(false);
@@ -161,6 +170,7 @@ void ZanUpdateModule2GSettingsdlg::onSendCheckForOldFrontendOrBackend(bool flag)
 
 void ZanUpdateModule2GSettingsdlg::on_pushButton_exit_clicked()
 {
+    const OpenCall call(OpenCall::Widget);
     if (ui.tableWidget->rowCount() > 0) {
         QMessageBox::information(this, TITLE,
                                  QStringLiteral("To start the update process later,\n"
@@ -178,6 +188,33 @@ void ZanUpdateModule2GSettingsdlg::keyPressEvent(QKeyEvent* event)
         on_pushButton_update_clicked();
     else
         QDialog::keyPressEvent(event);
+}
+
+void ZanUpdateModule2GSettingsdlg::leave()
+{
+    m_isLeaving = true;
+    if (m_isRunConfirmed)
+        return;
+    for (QMessageBox* box : findChildren<QMessageBox*>())
+        box->reject();
+    // A window that is not open would pass for the last one that the user closes.
+    if (isVisible())
+        reject();
+}
+
+// Without its parent the window is hidden. The operator goes on seeing what a run does, and a box
+// in front of it stays there to be answered.
+void ZanUpdateModule2GSettingsdlg::outliveParent()
+{
+    const bool isShown = isVisible();
+    QWidget* const inFront = QApplication::activeModalWidget();
+    setParent(nullptr, windowFlags());
+    if (!isShown)
+        return;
+    setModal(inFront == this);
+    show();
+    if (inFront)
+        inFront->raise();
 }
 
 void ZanUpdateModule2GSettingsdlg::resizeEvent(QResizeEvent* /*event*/)
@@ -331,6 +368,7 @@ void ZanUpdateModule2GSettingsdlg::on_tableWidget_cellClicked(int row, int col)
 {
     if (col != 0)
         return;
+    const OpenCall call(OpenCall::Widget);
     // A run serves clicks too, and keeps the button disabled to its end.
     ui.pushButton_update->setEnabled(!m_isRunUnderWay && isMinOneUpdateSelected());
     if (ZanDisplay* display = server()->listZanDisplay.value(row))
@@ -350,16 +388,19 @@ void ZanUpdateModule2GSettingsdlg::on_tableWidget_cellClicked(int row, int col)
 void ZanUpdateModule2GSettingsdlg::on_pushButton_update_clicked()
 {
     // The hidden key can arrive here while a run serves events.
-    if (m_isRunUnderWay)
+    if (m_isRunUnderWay || m_isLeaving)
         return;
+    const OpenCall call(OpenCall::Widget);
     const QScopedValueRollback<bool> underWay(m_isRunUnderWay, true);
-    if (!passesChecks())
+    if (!passesChecks() || m_isLeaving)
         return;
     ui.pushButton_update->setEnabled(false);
     ui.pushButton_exit->setEnabled(false);
     startUpdate();
     ui.pushButton_update->setEnabled(true);
     ui.pushButton_exit->setEnabled(true);
+    if (m_isLeaving)
+        leave();
 }
 
 static QString discontinuedText(const QList<ZanController*>& discontinuedZan)
@@ -519,6 +560,7 @@ void ZanUpdateModule2GSettingsdlg::startUpdate()
     showMessageInDialog(QString(), 0);
     if (!confirmStart())
         return;
+    const QScopedValueRollback<bool> confirmed(m_isRunConfirmed, true);
     ui.label_updates->setText(QStringLiteral("Updating Controller.."));
     nUpdateRemainingSeconds = 0;
     indexBlocksMustUpdate = 0;

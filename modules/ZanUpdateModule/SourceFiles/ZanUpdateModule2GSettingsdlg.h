@@ -45,6 +45,12 @@ public:
                                  QString moduleVersion, NewFeatureDialog* newFeatureDialog);
     ~ZanUpdateModule2GSettingsdlg() override;
 
+    /// From now on the window does not open, and nothing starts a run. What is open closes without
+    /// an answer; a run that the user has begun goes to its end before, with its report.
+    void leave();
+    /// Goes on without the parent, which is about to be destroyed.
+    void outliveParent();
+
 public slots:
     /// Asks the controllers again, fills the table and runs the window modally.
     /// @return what QDialog::exec() returns; at once QDialog::Rejected while a run is under way
@@ -159,5 +165,7 @@ private:
     bool m_bIsWolSlavesActive = false;
     NewFeatureDialog* m_new_feature_dialog;
     QString sConfigDir;
-    bool m_isRunUnderWay = false; ///< nothing may start a run, or rebuild the rows, inside a run
+    bool m_isRunUnderWay = false;  ///< nothing may start a run, or rebuild the rows, inside a run
+    bool m_isRunConfirmed = false; ///< it has the user's last word, and nothing ends it early
+    bool m_isLeaving = false;
 };

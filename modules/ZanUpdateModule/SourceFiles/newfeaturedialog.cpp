@@ -1,6 +1,7 @@
 #include "newfeaturedialog.h"
 
 #include "darktheme.h"
+#include "opencall.h"
 
 #include <BackendVersions>
 
@@ -144,6 +145,7 @@ void NewFeatureDialog::onSendFEVersion(QString FE_version)
 
 int NewFeatureDialog::update_and_exec()
 {
+    const OpenCall call;
     const QStringList list = search_dir(QCoreApplication::applicationDirPath(), NOTES_FOLDER);
     ui.pushButton_show_more->setEnabled(!list.isEmpty());
     if (m_trigger_at_startup && list.isEmpty())

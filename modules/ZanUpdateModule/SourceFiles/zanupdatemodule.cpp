@@ -3,12 +3,16 @@
 #include "ZanUpdateModule2GSettingsdlg.h"
 #include "globaldefines.h"
 #include "newfeaturedialog.h"
+#include "opencall.h"
 #include "replybuffer.h"
 #include "zanmoduleserver.h"
 
 #include <QAction>
 #include <QCoreApplication>
+#include <QPointer>
 #include <QTimer>
+
+#include <utility>
 
 ZanUpdateModule::ZanUpdateModule() : QObject(nullptr)
 {
@@ -34,11 +38,20 @@ void ZanUpdateModule::set_param(QString key, QVariant value)
     if (key == QLatin1String("CommandManager"))
         iom = value.value<IOManager*>();
     else if (key == QLatin1String("ModuleParent"))
-        mod_parent = value.value<QWidget*>();
+        setModuleParent(value.value<QWidget*>());
     else if (key == QLatin1String("BackendVersions"))
         beVers = value.value<BackendVersions*>();
     else if (key == QLatin1String("ObserverMode"))
         setObserverMode(value);
+}
+
+void ZanUpdateModule::setModuleParent(QWidget* parent)
+{
+    mod_parent = parent;
+    if (parent) {
+        connect(parent, &QObject::destroyed, this, &ZanUpdateModule::exitBehindParent,
+                Qt::UniqueConnection);
+    }
 }
 
 void ZanUpdateModule::setObserverMode(const QVariant& value)
@@ -60,25 +73,38 @@ QStringList ZanUpdateModule::missingParameters() const
     return names;
 }
 
+bool ZanUpdateModule::canBuild() const
+{
+    if (m_isLeaving) {
+        qWarning("ZanUpdateModule: no menu entries, as exit_module() waits for an open window or a "
+                 "run");
+        return false;
+    }
+    const QStringList missing = missingParameters();
+    if (missing.isEmpty())
+        return true;
+    qWarning("ZanUpdateModule: no menu entries, as these parameters are null or of another type: "
+             "%s",
+             qPrintable(missing.join(QStringLiteral(", "))));
+    return false;
+}
+
 QList<_GuiElement*> ZanUpdateModule::get_gui_elements()
 {
-    if (!gui_elements.isEmpty())
-        return gui_elements;
-    const QStringList missing = missingParameters();
-    if (!missing.isEmpty()) {
-        qWarning(
-            "ZanUpdateModule: no menu entries, as these parameters are null or of another type: "
-            "%s",
-            qPrintable(missing.join(QStringLiteral(", "))));
-        return gui_elements;
-    }
+    if (gui_elements.isEmpty() && canBuild())
+        build();
+    return gui_elements;
+}
+
+void ZanUpdateModule::build()
+{
+    const OpenCall call;
     addWhatIsNewEntry();
     // An observer gets no update dialog, no inventory and no timers.
     if (bObserverMode)
-        return gui_elements;
+        return;
     addUpdateEntry();
     decideStart();
-    return gui_elements;
 }
 
 void ZanUpdateModule::addWhatIsNewEntry()
@@ -156,16 +182,47 @@ bool ZanUpdateModule::hasZanValidIP()
 
 void ZanUpdateModule::about_to_exit_module()
 {
-    ZanModuleServer::ReleaseExemplar();
+    OpenCall::whenNone(&ZanModuleServer::ReleaseExemplar);
 }
 
 void ZanUpdateModule::exit_module()
 {
-    for (GuiElement* element : {&gui_whatisnew, &gui_zanUpdateDlg}) {
-        delete element->content;
-        element->content = nullptr;
+    if (OpenCall::isAny()) {
+        m_isLeaving = true;
+        gui_elements.clear();
+        if (m_new_feature_dialog && m_new_feature_dialog->isVisible())
+            m_new_feature_dialog->reject();
+        if (zanUpdateDlg)
+            zanUpdateDlg->leave();
     }
+    OpenCall::whenNone([module = QPointer<ZanUpdateModule>(this)] {
+        if (module)
+            module->deleteDialogs();
+    });
+}
+
+void ZanUpdateModule::deleteDialogs()
+{
+    for (GuiElement* element : {&gui_whatisnew, &gui_zanUpdateDlg})
+        delete std::exchange(element->content, nullptr);
     m_new_feature_dialog = nullptr;
     zanUpdateDlg = nullptr;
     gui_elements.clear();
+    m_isLeaving = false;
+}
+
+// A widget tells of its end before it deletes its children, so that they can still leave it.
+void ZanUpdateModule::exitBehindParent(QObject* parent)
+{
+    if (mod_parent == parent)
+        mod_parent = nullptr;
+    if (!m_new_feature_dialog || m_new_feature_dialog->parent() != parent)
+        return;
+    exit_module();
+    if (m_new_feature_dialog)
+        m_new_feature_dialog->setParent(nullptr, m_new_feature_dialog->windowFlags());
+    // In the middle of its construction the update dialog is not known yet.
+    if (auto* dialog =
+            parent->findChild<ZanUpdateModule2GSettingsdlg*>(QString(), Qt::FindDirectChildrenOnly))
+        dialog->outliveParent();
 }

@@ -33,9 +33,12 @@ public:
     /// Takes "CommandManager", "ModuleParent", "BackendVersions" or "ObserverMode"; ignores other
     /// keys. A value of another type counts as null or false.
     void set_param(QString key, QVariant value) override;
-    /// Releases the inventory.
+    /// Releases the inventory; as long as a window of the plug-in is open or a run is under way,
+    /// at its end.
     void about_to_exit_module() override;
-    /// Deletes the viewer, then the update dialog, which writes the preferences.
+    /// Deletes the viewer, then the update dialog, which writes the preferences. What is open
+    /// closes before, and a run goes to its end: they are deleted when it has returned, and until
+    /// then there are no menu entries.
     void exit_module() override;
     ~ZanUpdateModule() override;
 
@@ -43,11 +46,16 @@ private:
     bool controllerIsUpToDate();
     bool camerasUpToDate();
     bool hasZanValidIP();
+    void setModuleParent(QWidget* parent);
     void setObserverMode(const QVariant& value);
     QStringList missingParameters() const;
+    bool canBuild() const;
+    void build();
     void addWhatIsNewEntry();
     void addUpdateEntry();
     void decideStart();
+    void exitBehindParent(QObject* parent);
+    void deleteDialogs();
 
     QWidget* mod_parent = nullptr;
     QList<_GuiElement*> gui_elements;
@@ -60,4 +68,5 @@ private:
     ZanUpdateModule2GSettingsdlg* zanUpdateDlg = nullptr;
     NewFeatureDialog* m_new_feature_dialog = nullptr;
     bool m_isObserverModeClear = true; ///< false: given as something else than true or false
+    bool m_isLeaving = false;          ///< exit_module() waits for its turn
 };

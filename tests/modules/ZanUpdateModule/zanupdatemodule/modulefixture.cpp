@@ -84,12 +84,12 @@ void ModuleFixture::giveParameters(bool isObserver)
 
 NewFeatureDialog* ModuleFixture::viewer() const
 {
-    return window->findChild<NewFeatureDialog*>();
+    return window ? window->findChild<NewFeatureDialog*>() : nullptr;
 }
 
 ZanUpdateModule2GSettingsdlg* ModuleFixture::dialog() const
 {
-    return window->findChild<ZanUpdateModule2GSettingsdlg*>();
+    return window ? window->findChild<ZanUpdateModule2GSettingsdlg*>() : nullptr;
 }
 
 QString ModuleFixture::preferencesFile() const

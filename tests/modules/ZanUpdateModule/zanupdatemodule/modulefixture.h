@@ -44,6 +44,7 @@ public:
     /// Gives the plug-in all its parameters.
     void giveParameters(bool isObserver = false);
 
+    /// The dialogs, as long as they belong to the window; null otherwise.
     NewFeatureDialog* viewer() const;
     ZanUpdateModule2GSettingsdlg* dialog() const;
 

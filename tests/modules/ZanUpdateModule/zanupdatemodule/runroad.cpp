@@ -1,6 +1,7 @@
 #include "runroad.h"
 
 #include <ZanUpdateModule2GSettingsdlg.h>
+#include <newfeaturedialog.h>
 
 #include <QApplication>
 #include <QMessageBox>
@@ -23,7 +24,9 @@ void RunRoad::go()
     m_fixture->channel.takeLog();
     // Behind a quit as well, this comes only when all that it has called has returned.
     QTimer::singleShot(0, this, [this] {
-        m_fixture->module->get_gui_elements();
+        if (!m_fixture->module->get_gui_elements().isEmpty())
+            m_fixture->channel.post_message("UpdateModule", "Main_Window", 1, "v3.0.0");
+        m_dialog = m_fixture->dialog();
         postNext();
         fireSingleShots();
         m_isOver = true;
@@ -79,12 +82,12 @@ Place RunRoad::placeNow(const QDialog* inFront) const
     const QStringList& calls = m_fixture->channel.log();
     if (const auto* box = qobject_cast<const QMessageBox*>(inFront))
         return {Place::InBox, box->text().section(QLatin1Char('\n'), 0, 0), calls.size()};
-    const auto* dialog = qobject_cast<const ZanUpdateModule2GSettingsdlg*>(inFront);
-    if (inFront && !dialog)
+    if (qobject_cast<const NewFeatureDialog*>(inFront))
+        return {Place::InViewer, inFront->windowTitle(), calls.size()};
+    if (inFront && inFront != m_dialog)
         return {Place::InSearch, inFront->windowTitle(), calls.size()};
-    const auto* exit = m_fixture->dialog()->findChild<QPushButton*>("pushButton_exit");
-    if (dialog && exit->isEnabled())
-        return {Place::InDialog, dialog->windowTitle(), calls.size()};
+    if (inFront && m_dialog->findChild<QPushButton*>("pushButton_exit")->isEnabled())
+        return {Place::InDialog, inFront->windowTitle(), calls.size()};
     return {Place::InRun, calls.isEmpty() ? QString() : calls.last(), calls.size()};
 }
 
@@ -101,14 +104,22 @@ void RunRoad::goOn(QDialog* inFront)
     if (++m_timesHere > 1000)
         qFatal("the road does not end: %s", qPrintable(m_places.last().name));
     if (auto* box = qobject_cast<QMessageBox*>(inFront)) {
-        m_hasStarted = true;
+        // The warning about the address belongs to no run.
+        m_hasStarted = m_hasStarted || box->windowTitle() != QLatin1String("Warning");
         confirm(box);
         return;
     }
     if (m_places.last().kind == Place::InSearch)
         fireSingleShots();
+    if (m_places.last().kind == Place::InViewer)
+        inFront->findChild<QPushButton*>("pushButton_exit")->click();
     if (m_places.last().kind != Place::InDialog)
         return;
+    // The second one of the start comes on top of the dialog.
+    if (!armedSingleShots().isEmpty()) {
+        fireSingleShots();
+        return;
+    }
     // The second time, what was to be done here is done.
     const char* const button = m_hasStarted ? "pushButton_exit" : "pushButton_update";
     m_hasStarted = true;

@@ -6,6 +6,7 @@
 
 #include <QDialog>
 #include <QObject>
+#include <QPointer>
 #include <QString>
 #include <QStringList>
 #include <QVector>
@@ -21,6 +22,7 @@ struct Place
         InDialog, ///< the update dialog waits for the user
         InBox,    ///< a message box waits for the user
         InSearch, ///< the search for hardware
+        InViewer, ///< the release notes wait for the user
         InRun,    ///< between two calls of a run
     };
 
@@ -45,8 +47,8 @@ public:
     explicit RunRoad(ModuleFixture* fixture);
     /// Has @p act called at the place number @p place, with the window in front or null.
     void actAt(int place, const Act& act);
-    /// Asks the plug-in for its menu entries and goes the whole road, in the event loop of the
-    /// application. Takes the channel's log so far away.
+    /// Asks the plug-in for its menu entries, tells it the frontend's version and goes the whole
+    /// road, in the event loop of the application. Takes the channel's log so far away.
     void go();
 
     const QVector<Place>& places() const { return m_places; }
@@ -62,6 +64,7 @@ private:
     void postNext();
 
     ModuleFixture* m_fixture;
+    QPointer<ZanUpdateModule2GSettingsdlg> m_dialog;
     RecordedSleep m_sleep;
     QVector<Place> m_places;
     const QDialog* m_lastInFront = nullptr;
