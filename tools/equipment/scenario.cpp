@@ -282,7 +282,7 @@ QStringList Scenario::shipped()
     return names;
 }
 
-std::optional<Scenario> ScenarioReader::read(const QString& nameOrPath, QString* error)
+std::optional<ScenarioText> ScenarioReader::load(const QString& nameOrPath, QString* error)
 {
     const bool isShipped = Scenario::shipped().contains(nameOrPath);
     QFile file(isShipped ? QStringLiteral("%1/%2.json").arg(shippedFolder, nameOrPath)
@@ -291,7 +291,13 @@ std::optional<Scenario> ScenarioReader::read(const QString& nameOrPath, QString*
         *error = QStringLiteral("%1: %2").arg(nameOrPath, file.errorString());
         return std::nullopt;
     }
-    return parse(file.readAll(), file.fileName(), error);
+    return ScenarioText{file.fileName(), file.readAll()};
+}
+
+std::optional<Scenario> ScenarioReader::read(const QString& nameOrPath, QString* error)
+{
+    const std::optional<ScenarioText> text = load(nameOrPath, error);
+    return text ? parse(text->json, text->fileName, error) : std::nullopt;
 }
 
 std::optional<QString> ScenarioReader::listShipped(QString* error)

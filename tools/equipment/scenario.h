@@ -99,10 +99,21 @@ struct Scenario
     static QStringList shipped();
 };
 
+/// The text of a scenario with the file that it stands in.
+struct ScenarioText
+{
+    QString fileName; ///< gives the scenario its name, and stands in errors
+    QByteArray json;  ///< all of the file
+};
+
 /// Reads scenarios. Safe to use from any thread.
 class ScenarioReader
 {
 public:
+    /// The text of a shipped scenario by its name, or of any other file by its path.
+    /// @param error must not be null; on failure "FILE: REASON"
+    static std::optional<ScenarioText> load(const QString& nameOrPath, QString* error);
+
     /// Reads a shipped scenario by its name, or any other file by its path.
     ///
     /// @param error must not be null; on failure it is "FILE: PATH: REASON" with a path such as

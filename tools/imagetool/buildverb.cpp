@@ -1,10 +1,10 @@
 #include "imagetoolverbs.h"
 #include "output.h"
+
 #include <failure.h>
+#include <filechecks.h>
 #include <imagedescription.h>
 #include <imagewriter.h>
-
-#include <filechecks.h>
 
 #include <QFile>
 #include <QFileInfo>

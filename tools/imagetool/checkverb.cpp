@@ -1,10 +1,10 @@
 #include "imagetoolverbs.h"
+#include "inputfile.h"
 
 #include <deliverychecks.h>
 #include <filechecks.h>
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QSet>
@@ -53,7 +53,6 @@ public:
 private:
     void checkFolder(const QString& folder);
     void checkFile(const QString& path, bool isInFolder);
-    std::optional<ScannedFile> scan(const QString& path);
     void add(QVector<RuleFinding> findings, const QString& path);
     VerbExit report();
     QString line(const RuleFinding& finding) const;
@@ -74,8 +73,11 @@ VerbExit Check::run()
         return m_run.fail(
             VerbWrongUsage,
             QString("There is no rule %1. (imagetool check --list-rules lists them)").arg(unknown));
+    QString error;
+    if (!namesStandardInputOnce(m_run, &error))
+        return m_run.fail(VerbWrongUsage, error);
     for (const QString& path : m_run.arguments()) {
-        if (QFileInfo(path).isDir())
+        if (path != QLatin1String("-") && QFileInfo(path).isDir())
             checkFolder(path);
         else
             checkFile(path, false);
@@ -98,40 +100,22 @@ void Check::checkFolder(const QString& folder)
 
 void Check::checkFile(const QString& path, bool isInFolder)
 {
-    const std::optional<ScannedFile> scanned = scan(path);
-    if (!scanned)
+    QString error;
+    const std::optional<ScannedFile> scanned = scanInput(m_run, path, &error);
+    if (!scanned) {
+        m_unreadable += error;
         return;
+    }
     ++m_fileCount;
     if (isInFolder && !scanned->file && isForeignToDeliveries(path)) {
         if (!isSealOfDelivery(path))
             add({{Rule::ForeignFile, "the file", "no update file", "only update files"}}, path);
         return;
     }
-    add(checkUpdateFile(*scanned, path), path);
+    const bool hasName = path != QLatin1String("-");
+    add(checkUpdateFile(*scanned, hasName ? path : QString()), path);
     if (isInFolder)
         m_files.append({path, *scanned});
-}
-
-std::optional<ScannedFile> Check::scan(const QString& path)
-{
-    QFile file(path);
-    if (QFileInfo::exists(path) && !QFileInfo(path).isFile()) {
-        m_unreadable += path + ": is no regular file";
-        return std::nullopt;
-    }
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
-        m_unreadable += path + ": " + file.errorString();
-        return std::nullopt;
-    }
-    ScanEvents events;
-    events.progress = [&](qint64 done, qint64 total) {
-        m_run.showProgress(path, done, total);
-    };
-    ScannedFile scanned = scanUpdateFile(file, events);
-    if (scanned.error.isEmpty())
-        return scanned;
-    m_unreadable += path + ": " + scanned.error;
-    return std::nullopt;
 }
 
 void Check::add(QVector<RuleFinding> findings, const QString& path)
@@ -229,6 +213,7 @@ Verb checkVerb()
         "All findings are told, one a line, with file, offset, field, value, what was\n"
         "expected, and the name of the rule. Of a folder, the files are also compared with\n"
         "each other; it is the folder \"controller_update\", or one that contains it.\n"
+        "\"-\" as FILE is the standard input, and has no name that could be wrong.\n"
         "Warnings do not make the program fail, unless --strict is given.";
     verb.options = {
         {"strict", "Warnings count as errors."},

@@ -12,10 +12,12 @@ const VerbProgram& imageTool()
         QStringLiteral(IMAGETOOL_VERSION),
         QStringLiteral("Makes controller update images and camera update files, and finds what is "
                        "wrong with\nthem before anyone receives them."),
-        QStringLiteral("  0  done\n"
-                       "  1  something cannot be read or written\n"
-                       "  2  the command line is wrong\n"
-                       "  3  a description, an update file or a sealed folder is wrong"),
+        QStringLiteral(
+            "  0  done\n"
+            "  1  something cannot be read or written, whatever else is wrong\n"
+            "  2  the command line is wrong\n"
+            "  3  a description, a scenario, an update file, a delivery or a sealed folder\n"
+            "     is wrong"),
         {
             buildVerb(),
             showVerb(),

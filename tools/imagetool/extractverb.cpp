@@ -1,12 +1,10 @@
 #include "imagetoolverbs.h"
+#include "inputfile.h"
 #include "output.h"
+
 #include <failure.h>
 #include <imagescan.h>
-
 #include <wholefile.h>
-
-#include <QFile>
-#include <QFileInfo>
 
 namespace {
 
@@ -70,9 +68,10 @@ VerbExit extract(VerbRun& run)
         return run.fail(VerbWrongUsage,
                         "extract needs --block N and -o OUTPUT. (imagetool extract --help tells "
                         "more)");
-    QFile file(fileName);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
-        return run.fail(VerbFailed, fileName + ": " + file.errorString());
+    QString error;
+    const std::unique_ptr<QFile> file = openInput(run, fileName, &error);
+    if (!file)
+        return run.fail(VerbFailed, error);
 
     bool isRefused = false;
     const auto write = [&](QFileDevice& device, QString* reason) {
@@ -84,7 +83,7 @@ VerbExit extract(VerbRun& run)
         events.progress = [&](qint64 done, qint64 total) {
             run.showProgress("extracting " + fileName, done, total);
         };
-        const ScannedFile scanned = scanUpdateFile(file, events);
+        const ScannedFile scanned = scanUpdateFile(*file, events);
         if (!scanned.error.isEmpty())
             return fail(fileName + ": " + scanned.error, reason);
         QString damage;
@@ -93,7 +92,6 @@ VerbExit extract(VerbRun& run)
             return fail(fileName + ": " + damage, reason);
         return writer.flush() || fail(device.errorString(), reason);
     };
-    QString error;
     if (writeOutput(run, run.value("output"), {fileName}, write, &error))
         return VerbDone;
     return run.fail(isRefused ? VerbRefused : VerbFailed, error);
@@ -107,7 +105,8 @@ Verb extractVerb()
     verb.name = "extract";
     verb.arguments = "FILE";
     verb.summary = "Writes the content of one block or camera image to a file";
-    verb.description = "The content is what a description names by \"file\".";
+    verb.description = "The content is what a description names by \"file\". \"-\" as FILE is the "
+                       "standard input.";
     verb.options = {
         {"block", "Which block or camera image, counted from 0 as `show` does.", "N"},
         {{"o", "output"}, "The file to be written; \"-\" is the standard output.", "OUTPUT"}};

@@ -1,29 +1,21 @@
 #include "imagelisting.h"
 #include "imagetoolverbs.h"
+#include "inputfile.h"
 
-#include <QFile>
 #include <QFileInfo>
-
-#include <algorithm>
 
 namespace {
 
 VerbExit showFile(VerbRun& run, const QString& fileName)
 {
-    QFile file(fileName);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
-        return run.fail(VerbFailed, fileName + ": " + file.errorString());
-    ScanEvents events;
-    events.progress = [&](qint64 done, qint64 total) {
-        run.showProgress(fileName, done, total);
-    };
-    const ScannedFile scanned = scanUpdateFile(file, events);
-    if (!scanned.error.isEmpty())
-        return run.fail(VerbFailed, fileName + ": " + scanned.error);
+    QString error;
+    const std::optional<ScannedFile> scanned = scanInput(run, fileName, &error);
+    if (!scanned)
+        return run.fail(VerbFailed, error);
 
-    const UpdateFileListing listing = listUpdateFile(scanned);
+    const UpdateFileListing listing = listUpdateFile(*scanned);
     if (run.json())
-        run.printJson(listingJson(scanned, QFileInfo(fileName).absoluteFilePath()));
+        run.printJson(listingJson(*scanned, QFileInfo(fileName).absoluteFilePath()));
     else
         run.print(fileName + '\n' + listingText(listing));
     for (RuleFinding finding : listing.findings) {
@@ -35,10 +27,12 @@ VerbExit showFile(VerbRun& run, const QString& fileName)
 
 VerbExit show(VerbRun& run)
 {
-    VerbExit worst = VerbDone;
-    for (const QString& fileName : run.arguments())
-        worst = std::max(worst, showFile(run, fileName));
-    return worst;
+    QString error;
+    if (!namesStandardInputOnce(run, &error))
+        return run.fail(VerbWrongUsage, error);
+    if (run.json() && run.arguments().contains("-"))
+        return run.fail(VerbWrongUsage, "show --json needs a FILE that the description can name.");
+    return run.forEachArgument([&](const QString& fileName) { return showFile(run, fileName); });
 }
 
 } // namespace
@@ -49,6 +43,9 @@ Verb showVerb()
     verb.name = "show";
     verb.arguments = "FILE...";
     verb.summary = "Lists what is in update files, and reads all of them";
+    verb.description =
+        "\"-\" as FILE is the standard input, but not with --json: a description names\n"
+        "the file that it takes the content from.";
     verb.fewestArguments = 1;
     verb.mostArguments = -1;
     verb.run = show;

@@ -13,7 +13,7 @@
 
 namespace {
 
-Finding findingOf(const QString& rule, Weight weight, const QString& text)
+Finding findingOf(ProofRule rule, Weight weight, const QString& text)
 {
     Finding finding;
     finding.rule = rule;
@@ -71,7 +71,7 @@ QVector<Finding> strangeMarks(const DeliveredFiles& delivery)
         if (visit.mark() == mark)
             continue;
         findings += findingOf(
-            QStringLiteral("mark-never-equal"), Weight::Warning,
+            ProofRule::MarkNeverEqual, Weight::Warning,
             QStringLiteral("%1 has the pre-release text \"%2\"; the plug-in reads it from a "
                            "controller as \"%3\", so the two are never equal")
                 .arg(image.name, mark, visit.mark()));
@@ -88,7 +88,7 @@ QVector<Finding> unknownContent(const DeliveredFiles& delivery)
         };
         if (std::any_of(image.blocks.begin(), image.blocks.end(), isUnknown))
             findings += findingOf(
-                QStringLiteral("assumed-content"), Weight::Note,
+                ProofRule::AssumedContent, Weight::Note,
                 QStringLiteral("what the blocks of %1 bring cannot be looked into; it is taken to "
                                "be what the header says")
                     .arg(image.name));
@@ -112,7 +112,7 @@ private:
     /// The oldest system of @p family on which @p isBad, among those that images are made for.
     std::optional<Scenario> find(const ModelFamily& family, const Change& change,
                                  const std::function<bool(const Visit&)>& isBad) const;
-    void add(QVector<Finding>* findings, const ModelFamily& family, const QString& rule,
+    void add(QVector<Finding>* findings, const ModelFamily& family, ProofRule rule,
              const QString& text, const Change& change,
              const std::function<bool(const Visit&)>& isBad) const;
 
@@ -135,12 +135,12 @@ QVector<Finding> UnknownModels::findings() const
     const ModelFamily& zan = modelFamilies().at(0);
     const ModelFamily& briarscope = modelFamilies().at(1);
     QVector<Finding> findings;
-    add(&findings, briarscope, QStringLiteral("model-unknown"),
+    add(&findings, briarscope, ProofRule::ModelUnknown,
         QStringLiteral("a BRIARSCOPE3 whose model cannot be asked counts as a ZAN, and is offered "
                        "images for ZAN"),
         refuseModelQuery, [](const Visit& visit) { return visit.hasRowFor(false); });
     add(
-        &findings, zan, QStringLiteral("model-unknown-on-old-protocol"),
+        &findings, zan, ProofRule::ModelUnknownOnOldProtocol,
         QStringLiteral("below protocol 1.23, no image fits a controller whose model cannot be "
                        "asked: the dialog asks for an update and has nothing to tick"),
         [](Scenario* scenario) {
@@ -151,7 +151,7 @@ QVector<Finding> UnknownModels::findings() const
     for (const ModelFamily& family : modelFamilies()) {
         const ModelFamily& other = &family == &zan ? briarscope : zan;
         add(
-            &findings, family, QStringLiteral("slave-model-unknown"),
+            &findings, family, ProofRule::SlaveModelUnknown,
             QStringLiteral("below protocol 1.23, a slave counts as of the master's model: a %1 "
                            "below a %2 is offered images for %2")
                 .arg(other.name, family.name),
@@ -165,7 +165,7 @@ QVector<Finding> UnknownModels::findings() const
     return findings;
 }
 
-void UnknownModels::add(QVector<Finding>* findings, const ModelFamily& family, const QString& rule,
+void UnknownModels::add(QVector<Finding>* findings, const ModelFamily& family, ProofRule rule,
                         const QString& text, const Change& change,
                         const std::function<bool(const Visit&)>& isBad) const
 {

@@ -45,13 +45,13 @@ QByteArray scenarioJson(const Finding& finding, const QString& path)
     QJsonArray faults;
     for (const Fault& fault : system.faults)
         faults += faultToJson(fault);
-    QJsonObject object{
-        {"title", QStringLiteral("%1: Pt %2, Ct %3")
-                      .arg(finding.rule, master.pt.section(QLatin1Char(' '), 0, 0), master.ct)},
-        {"protocol", system.protocol.toString().mid(1)},
-        {"backendModel", system.backendModel},
-        {folderKey, folderName(path)},
-        {"controllers", controllers}};
+    QJsonObject object{{"title", QStringLiteral("%1: Pt %2, Ct %3")
+                                     .arg(finding.ruleName(),
+                                          master.pt.section(QLatin1Char(' '), 0, 0), master.ct)},
+                       {"protocol", system.protocol.toString().mid(1)},
+                       {"backendModel", system.backendModel},
+                       {folderKey, folderName(path)},
+                       {"controllers", controllers}};
     if (!faults.isEmpty())
         object.insert("faults", faults);
     return QJsonDocument(object).toJson();

@@ -67,7 +67,7 @@ std::optional<FamilyProof> FamilyProver::prove(QString* error)
     m_proof.orders = orders.size();
     if (orders.isEmpty()) {
         Finding finding;
-        finding.rule = QStringLiteral("equal-releases");
+        finding.rule = ProofRule::EqualReleases;
         finding.family = m_family.name;
         finding.text = QStringLiteral("more images of one release than can be looked at: they have "
                                       "more than %1 orders")
@@ -200,7 +200,7 @@ void FamilyProver::compareWithFirst(int pair, const Journey& journey)
             image(m_goal < 0 ? index : m_goal).data->newVornix2Version())
             names += image(index).name;
     }
-    note(QStringLiteral("equal-releases"),
+    note(ProofRule::EqualReleases,
          QStringLiteral("the order of images of one release decides where it ends; with %1 it is "
                         "another end than in the order of the names")
              .arg(names.join(QStringLiteral(" before "))),
@@ -216,7 +216,7 @@ Journey FamilyProver::travel(RunModel* model, const ReportedVersions& start, int
     while (step.runs) {
         if (!step.failure.isEmpty()) {
             journey.ending = Ending::RunFails;
-            note(QStringLiteral("run-fails"), step.failure, pair);
+            note(ProofRule::RunFails, step.failure, pair);
             return journey;
         }
         journey.hops += changesOf(start, step.after);
@@ -255,7 +255,7 @@ void FamilyProver::lookAt(const RunStep& step, int pair)
 {
     for (const StrayBlock& stray : step.strays) {
         const ZanUpdateBlock& block = *image(stray.image).data->getUpdateBlock(stray.block);
-        note(QStringLiteral("outside-range"),
+        note(ProofRule::OutsideRange,
              QStringLiteral("block %1 of %2 is for %3 to %4 and goes to a controller outside of "
                             "that: a row before it moved the position without being possible, or "
                             "brought another version than its image says")
@@ -264,7 +264,7 @@ void FamilyProver::lookAt(const RunStep& step, int pair)
              pair);
     }
     if (!step.isSameForSlave)
-        note(QStringLiteral("slave-differs"),
+        note(ProofRule::SlaveDiffers,
              QStringLiteral("a slave gets other rows than a master with the same versions"), pair);
 }
 
@@ -272,8 +272,7 @@ void FamilyProver::noteEnding(RunModel* model, const RunStep& last, Ending endin
 {
     switch (ending) {
     case Ending::NothingToTick:
-        note(m_proof.isServed ? QStringLiteral("nothing-to-tick")
-                              : QStringLiteral("family-not-served"),
+        note(m_proof.isServed ? ProofRule::NothingToTick : ProofRule::FamilyNotServed,
              whyAsked(*model, last), pair);
         break;
     case Ending::OfferedForEver: {
@@ -283,7 +282,7 @@ void FamilyProver::noteEnding(RunModel* model, const RunStep& last, Ending endin
                 names += image(row.image).name;
         }
         names.removeDuplicates();
-        note(QStringLiteral("offered-for-ever"),
+        note(ProofRule::OfferedForEver,
              QStringLiteral("%1 is sent again and again, and what the controllers report after it "
                             "never ends that: %2")
                  .arg(names.join(QStringLiteral(", ")), whyAsked(*model, last)),
@@ -291,7 +290,7 @@ void FamilyProver::noteEnding(RunModel* model, const RunStep& last, Ending endin
         break;
     }
     case Ending::LeftBehind:
-        note(QStringLiteral("left-behind"),
+        note(ProofRule::LeftBehind,
              QStringLiteral("the plug-in counts the controller as up to date, and the newest "
                             "release is %1")
                  .arg(m_proof.goal),
@@ -336,7 +335,7 @@ QString FamilyProver::whyAsked(const RunModel& model, const RunStep& last) const
              files, rows);
 }
 
-FamilyProver::Fault& FamilyProver::fault(const QString& rule, const QString& text)
+FamilyProver::Fault& FamilyProver::fault(ProofRule rule, const QString& text)
 {
     for (Fault& known : m_faults) {
         if (known.rule == rule && known.text == text)
@@ -346,7 +345,7 @@ FamilyProver::Fault& FamilyProver::fault(const QString& rule, const QString& tex
     return m_faults.last();
 }
 
-void FamilyProver::note(const QString& rule, const QString& text, int pair)
+void FamilyProver::note(ProofRule rule, const QString& text, int pair)
 {
     Fault& it = fault(rule, text);
     it.concerned[pair] = true;

@@ -19,7 +19,7 @@ private:
     /// A fault that classes have in common.
     struct Fault
     {
-        QString rule;
+        ProofRule rule;
         QString text;
         QVector<bool> concerned; ///< for each pair of classes
         int example = -1;        ///< a pair that shows it best
@@ -42,8 +42,8 @@ private:
     QString whyAsked(const RunModel& model, const RunStep& last) const;
     void compareWithFirst(int pair, const Journey& journey);
 
-    Fault& fault(const QString& rule, const QString& text);
-    void note(const QString& rule, const QString& text, int pair);
+    Fault& fault(ProofRule rule, const QString& text);
+    void note(ProofRule rule, const QString& text, int pair);
     void reportFaults();
     Finding findingOf(const Fault& fault) const;
     QVector<bool> concernedUsual(const Fault& fault) const;

@@ -125,7 +125,7 @@ QString findingRow(const Finding& finding)
     const QString weight = weightText(finding.weight);
     return QStringLiteral("<tr class=\"%1\"><td class=\"weight\">%1</td><td><code>%2</code></td>%3"
                           "%4%5%6</tr>\n")
-        .arg(weight, escaped(finding.rule), cell(finding.family), cell(finding.text),
+        .arg(weight, escaped(finding.ruleName()), cell(finding.family), cell(finding.text),
              cell(finding.concerned), cell(example));
 }
 

@@ -8,7 +8,7 @@ namespace {
 
 constexpr int highestModel = 9999;
 
-/// The system that the options tell.
+/// The system that the options tell; on failure @p exit is how the verb ends.
 std::optional<Scenario> systemOf(const VerbRun& run, QString* error, VerbExit* exit)
 {
     *exit = VerbWrongUsage;
@@ -19,8 +19,9 @@ std::optional<Scenario> systemOf(const VerbRun& run, QString* error, VerbExit* e
                                     "--model and --appendix");
             return std::nullopt;
         }
-        *exit = VerbFailed;
-        return ScenarioReader::read(run.value("system"), error);
+        const std::optional<ScenarioText> text = ScenarioReader::load(run.value("system"), error);
+        *exit = text ? VerbRefused : VerbFailed;
+        return text ? ScenarioReader::parse(text->json, text->fileName, error) : std::nullopt;
     }
     const std::optional<VersionInfo> pt = versionOf(run.value("pt"), PtParts);
     const std::optional<VersionInfo> ct = versionOf(run.value("ct"), CtParts);

@@ -50,10 +50,10 @@ bool Proof::holds() const
                         [](const Finding& finding) { return finding.weight == Weight::Error; });
 }
 
-const Finding* Proof::counterexample(const QString& rule) const
+const Finding* Proof::counterexample(std::optional<ProofRule> rule) const
 {
     for (const Finding& finding : findings) {
-        if (finding.example && (rule.isEmpty() || finding.rule == rule))
+        if (finding.example && finding.rule == rule.value_or(finding.rule))
             return &finding;
     }
     return nullptr;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "proofrule.h"
 #include "runmodel.h"
 #include "versionclasses.h"
 
@@ -64,14 +65,17 @@ QString weightText(Weight weight);
 /// Something that was found.
 struct Finding
 {
-    QString rule;                  ///< stable name, for example "nothing-to-tick"
-    Weight weight = Weight::Error; ///< an error keeps the proof from holding
-    QString family;                ///< empty: all
-    QString text;                  ///< what happens and why, one sentence
+    ProofRule rule = ProofRule::NothingToTick; ///< what is found
+    Weight weight = Weight::Error;             ///< an error keeps the proof from holding
+    QString family;                            ///< empty: all
+    QString text;                              ///< what happens and why, one sentence
     QString concerned; ///< the classes that it happens to, in words; empty: see the text
     int classes = 0;   ///< how many classes it happens to
     std::optional<Scenario> example; ///< a system on which it can be seen
     QVector<int> order; ///< in which the images must stand for it; empty: that of the names
+
+    /// The name of its rule, for example "nothing-to-tick".
+    QString ruleName() const { return proofRules().of(rule); }
 };
 
 /// What was found for one family.
@@ -108,9 +112,9 @@ struct Proof
     /// Whether every controller that was looked at comes to the newest release: no finding is an
     /// error.
     bool holds() const;
-    /// The first finding that can be shown on a system; of @p rule, if that is not empty. Null if
+    /// The first finding that can be shown on a system; of @p rule, if one is given. Null if
     /// there is none.
-    const Finding* counterexample(const QString& rule = QString()) const;
+    const Finding* counterexample(std::optional<ProofRule> rule = std::nullopt) const;
 };
 
 /// Versions that controllers start from; both ends are included.

@@ -41,7 +41,7 @@ QString findingText(const Finding& finding)
 {
     QString text =
         QStringLiteral("%1: %2%3: %4\n")
-            .arg(weightText(finding.weight), finding.rule,
+            .arg(weightText(finding.weight), finding.ruleName(),
                  finding.family.isEmpty() ? QString() : QStringLiteral(" (%1)").arg(finding.family),
                  finding.text);
     if (!finding.concerned.isEmpty())
@@ -79,7 +79,7 @@ QJsonObject familyJson(const FamilyProof& family)
 
 QJsonObject findingJson(const Finding& finding)
 {
-    QJsonObject object{{"rule", finding.rule},       {"weight", weightText(finding.weight)},
+    QJsonObject object{{"rule", finding.ruleName()}, {"weight", weightText(finding.weight)},
                        {"family", finding.family},   {"text", finding.text},
                        {"classes", finding.classes}, {"concerned", finding.concerned}};
     if (finding.example) {

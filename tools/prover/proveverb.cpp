@@ -36,6 +36,11 @@ bool readRange(const VerbRun& run, const QString& option, VersionParts parts, St
     return read.has_value();
 }
 
+std::optional<ProofRule> ruleOf(const VerbRun& run)
+{
+    return proofRules().valueOf(run.value("rule"));
+}
+
 bool readOptions(const VerbRun& run, ProofOptions* options, QString* error)
 {
     if (!readRange(run, QStringLiteral("from"), PtParts, &options->pt, error) ||
@@ -43,6 +48,11 @@ bool readOptions(const VerbRun& run, ProofOptions* options, QString* error)
         return false;
     if (run.isSet("rule") && !run.isSet("counterexample")) {
         *error = QStringLiteral("--rule goes with --counterexample");
+        return false;
+    }
+    if (run.isSet("rule") && !ruleOf(run)) {
+        *error = QStringLiteral("There is no rule %1. (imagetool prove --help lists them)")
+                     .arg(run.value("rule"));
         return false;
     }
     options->family = run.value("family");
@@ -58,7 +68,7 @@ bool readOptions(const VerbRun& run, ProofOptions* options, QString* error)
 VerbExit showCounterexample(VerbRun& run, const Proof& proof, const DeliveredFiles& delivery)
 {
     const QString path = run.value("counterexample");
-    const Finding* finding = proof.counterexample(run.value("rule"));
+    const Finding* finding = proof.counterexample(ruleOf(run));
     if (!finding) {
         run.note(QStringLiteral("%1 is not written: there is nothing to show in it").arg(path));
         return VerbDone;
@@ -67,7 +77,7 @@ VerbExit showCounterexample(VerbRun& run, const Proof& proof, const DeliveredFil
     if (!writeCounterexample(*finding, delivery, path, &error))
         return run.fail(VerbFailed, error);
     run.note(QStringLiteral("%1 shows the %2 %3: ./run-demo --scenario '%1'")
-                 .arg(path, weightText(finding->weight), finding->rule));
+                 .arg(path, weightText(finding->weight), finding->ruleName()));
     return VerbDone;
 }
 
@@ -112,7 +122,8 @@ Verb proveVerb()
     verb.description = QStringLiteral(
         "Looks at every version that a controller may run: both model families, each pre-release,\n"
         "master and slave, in every order of images of one release. The result is a proof, or\n"
-        "counterexamples with the reason.");
+        "counterexamples with the reason. Cameras are left out, and slaves that run another\n"
+        "version than their master.");
     verb.options = {
         {"from", "Only controllers whose tracking software is in this range.", "2.0.0.."},
         {"from-ct", "Only controllers whose firmware is in this range.", "1.0.."},
@@ -121,7 +132,10 @@ Verb proveVerb()
          "Writes a scenario that shows the first finding, with its update files in a folder beside "
          "it.",
          "SCENARIO"},
-        {"rule", "What --counterexample shows: a finding of this rule.", "RULE"},
+        {"rule",
+         QStringLiteral("What --counterexample shows: a finding of this rule. The rules are ") +
+             proofRules().all().join(QStringLiteral(", ")) + QLatin1Char('.'),
+         "RULE"},
         {"family", "Only one model family: ZAN or BRIARSCOPE3.", "NAME"},
     };
     verb.fewestArguments = verb.mostArguments = 1;

@@ -113,10 +113,7 @@ VerbExit seal(VerbRun& run)
         if (!key)
             return run.fail(VerbFailed, error);
     }
-    VerbExit worst = VerbDone;
-    for (const QString& folder : run.arguments())
-        worst = std::max(worst, sealFolder(run, key, folder));
-    return worst;
+    return run.forEachArgument([&](const QString& folder) { return sealFolder(run, key, folder); });
 }
 
 } // namespace

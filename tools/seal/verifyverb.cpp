@@ -4,8 +4,6 @@
 
 #include <QJsonArray>
 
-#include <algorithm>
-
 namespace {
 
 using Verdict = DeliveryReport::Verdict;
@@ -43,7 +41,7 @@ QString nameOf(Verdict verdict)
     }
 }
 
-QJsonObject jsonOf(const DeliveryReport& report)
+QJsonObject jsonOf(const DeliveryReport& report, VerbExit exit)
 {
     QJsonArray files;
     for (const CheckedFile& file : report.files) {
@@ -55,7 +53,8 @@ QJsonObject jsonOf(const DeliveryReport& report)
     QJsonObject object{{"folder", report.folder},
                        {"verdict", nameOf(report.verdict)},
                        {"files", files},
-                       {"problems", QJsonArray::fromStringList(report.problems())}};
+                       {"problems", QJsonArray::fromStringList(report.problems())},
+                       {"exitCode", exit}};
     if (report.comment)
         object.insert("trustedComment", *report.comment);
     return object;
@@ -95,7 +94,7 @@ VerbExit verifyFolder(VerbRun& run, DeliveryCheck check, const QString& folder)
     const bool isSound = report.verdict == Verdict::Proven || report.verdict == Verdict::Complete;
     const VerbExit exit = isSound ? VerbDone : VerbRefused;
     if (run.json()) {
-        run.printJson(jsonOf(report));
+        run.printJson(jsonOf(report, exit));
         return exit;
     }
     run.print(textOf(report));
@@ -114,10 +113,8 @@ VerbExit verify(VerbRun& run)
     QString error;
     if (run.isSet("public-key") && !check.setPublicKey(run.value("public-key"), &error))
         return run.fail(VerbFailed, error);
-    VerbExit worst = VerbDone;
-    for (const QString& folder : run.arguments())
-        worst = std::max(worst, verifyFolder(run, check, folder));
-    return worst;
+    return run.forEachArgument(
+        [&](const QString& folder) { return verifyFolder(run, check, folder); });
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #include "imagewords.h"
 #include "recordsources.h"
 #include "releasetext.h"
+
 #include <checkedjson.h>
 
 #include <QDir>

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "updatefile.h"
-#include <findings.h>
 
+#include <findings.h>
 #include <payload.h>
 
 #include <functional>

@@ -1,6 +1,7 @@
 #include "recordsources.h"
 
 #include "imagescan.h"
+
 #include <failure.h>
 
 #include <QFile>

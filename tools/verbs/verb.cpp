@@ -13,6 +13,18 @@ VerbRun::VerbRun(const QCommandLineParser& parser, QString program, const VerbSt
 {
 }
 
+VerbExit VerbRun::forEachArgument(const std::function<VerbExit(const QString&)>& one) const
+{
+    QVector<VerbExit> exits;
+    for (const QString& argument : arguments())
+        exits += one(argument);
+    for (const VerbExit exit : {VerbFailed, VerbRefused}) {
+        if (exits.contains(exit))
+            return exit;
+    }
+    return VerbDone;
+}
+
 VerbExit VerbRun::fail(VerbExit exit, const QString& text)
 {
     endProgress();

@@ -21,7 +21,7 @@
 enum VerbExit : int
 {
     VerbDone = 0,
-    VerbFailed = 1,     ///< something cannot be read or written
+    VerbFailed = 1,     ///< something cannot be read or written, whatever else is wrong
     VerbWrongUsage = 2, ///< the command line is wrong
     VerbRefused = 3,    ///< what was looked at is wrong
 };
@@ -46,6 +46,9 @@ public:
 
     /// What was given beside options.
     QStringList arguments() const { return m_parser.positionalArguments(); }
+    /// Calls @p one for each argument, also behind one that fails.
+    /// @return VerbFailed if any could not be read or written, or else VerbRefused if any is wrong
+    VerbExit forEachArgument(const std::function<VerbExit(const QString& argument)>& one) const;
     /// Whether the option was given.
     bool isSet(const QString& option) const { return m_parser.isSet(option); }
     /// Value of the option as given last, or its default.

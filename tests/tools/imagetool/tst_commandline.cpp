@@ -1,11 +1,12 @@
 #include "commandline.h"
-#include <sampleimages.h>
 
 #include <childprocess.h>
 #include <fixturefiles.h>
 #include <reasons.h>
+#include <sampleimages.h>
 #include <testmain.h>
 
+#include <QBuffer>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -25,12 +26,12 @@ struct Outcome
 
 namespace {
 
-Outcome runTool(const QStringList& arguments, bool isTerminal = false)
+Outcome runTool(const QStringList& arguments, bool isTerminal = false, QIODevice* in = nullptr)
 {
     Outcome outcome;
     QTextStream out(&outcome.out);
     QTextStream messages(&outcome.messages);
-    outcome.exitCode = runVerb(imageTool(), arguments, {out, messages, isTerminal});
+    outcome.exitCode = runVerb(imageTool(), arguments, {out, messages, isTerminal, false, in});
     return outcome;
 }
 
@@ -45,14 +46,6 @@ Outcome runProgram(const QStringList& arguments, const QMap<QString, QString>& v
     if (!program.waitForEnd())
         qFatal("imagetool did not run: %s", qPrintable(program.errorString()));
     return {program.exitCode(), program.readAllStandardOutput(), program.readAllStandardError()};
-}
-
-/// Qt's words for why a file cannot be opened.
-QString openingReason(const QString& fileName)
-{
-    QFile file(fileName);
-    file.open(QIODevice::ReadOnly);
-    return file.errorString();
 }
 
 QByteArray contentOf(const QString& fileName)
@@ -85,12 +78,15 @@ private slots:
     void warnsOfANameThatFrontendsCannotRead();
     void jsonOfABuild();
     void jsonOfAListing();
+    void descriptionNamesAFile();
     void jsonOfErrors();
     void optionsMayStandAnywhere();
     void overwritesNothingButImages_data();
     void overwritesNothingButImages();
     void fullDiskLeavesTheOldFile();
     void readsStandardInputAndWritesStandardOutput();
+    void readsUpdateFilesFromStandardInput();
+    void whatComesThroughStandardInputIsChecked();
     void refusesWhatCheckRefuses();
     void showsSeveralFiles();
     void checkTellsAllFindings();
@@ -126,6 +122,10 @@ void TestCommandLine::refusesWrongUsage_data()
         << "build takes DESCRIPTION OUTPUT. (imagetool build --help tells more)";
     QTest::newRow("show of nothing")
         << QStringList{"show"} << "show takes FILE.... (imagetool show --help tells more)";
+    for (const char* verb : {"show", "check"})
+        QTest::addRow("%s of the standard input twice", verb)
+            << QStringList{verb, "-", "-"}
+            << "- is the standard input, which can be read only once.";
 }
 
 void TestCommandLine::refusesWrongUsage()
@@ -144,12 +144,14 @@ void TestCommandLine::helpNamesEveryExitCode()
     QCOMPARE(outcome.exitCode, 0);
     QCOMPARE(outcome.messages, QString());
     QVERIFY(outcome.out.startsWith("Usage: imagetool COMMAND [OPTION...] [ARGUMENT...]\n"));
-    QVERIFY(
-        outcome.out.endsWith("Exit codes:\n"
-                             "  0  done\n"
-                             "  1  something cannot be read or written\n"
-                             "  2  the command line is wrong\n"
-                             "  3  a description, an update file or a sealed folder is wrong\n"));
+    QVERIFY(outcome.out.endsWith(
+        "Exit codes:\n"
+        "  0  done\n"
+        "  1  something cannot be read or written, whatever else is wrong\n"
+        "  2  the command line is wrong\n"
+        "  3  a description, a scenario, an update file, a delivery or a sealed "
+        "folder\n"
+        "     is wrong\n"));
 }
 
 void TestCommandLine::buildsSilently()
@@ -238,7 +240,7 @@ void TestCommandLine::saysWhatCannotBeRead_data()
     QTest::newRow("file that is missing")
         << QStringList{"show", missing} << missing + ": " + systemReason(ENOENT);
     QTest::newRow("file that is a folder")
-        << QStringList{"show", folder} << folder + ": " + openingReason(folder);
+        << QStringList{"show", folder} << folder + ": is no regular file";
 }
 
 void TestCommandLine::saysWhatCannotBeRead()
@@ -332,6 +334,15 @@ void TestCommandLine::jsonOfAListing()
     QCOMPARE(json.value("shown").toObject().value("file").toString(), name);
 }
 
+void TestCommandLine::descriptionNamesAFile()
+{
+    const Outcome outcome = runTool({"show", "--json", "-"});
+    QCOMPARE(QJsonDocument::fromJson(outcome.out.toUtf8()).object(),
+             (QJsonObject{{"error", "show --json needs a FILE that the description can name."},
+                          {"exitCode", 2}}));
+    QCOMPARE(outcome.exitCode, 2);
+}
+
 void TestCommandLine::jsonOfErrors()
 {
     const QString missing = m_folder.path("missing");
@@ -407,6 +418,31 @@ void TestCommandLine::readsStandardInputAndWritesStandardOutput()
     QCOMPARE(program.readAllStandardError(), QByteArray());
 }
 
+void TestCommandLine::readsUpdateFilesFromStandardInput()
+{
+    QCOMPARE(runTool({"build", m_description, m_output}).exitCode, 0);
+    const auto run = [&](const QStringList& arguments) {
+        ChildProcess program;
+        program.setStandardInputFile(m_output);
+        program.start(QStringLiteral(IMAGETOOL), arguments);
+        if (!program.waitForEnd())
+            qFatal("imagetool did not run: %s", qPrintable(program.errorString()));
+        return Outcome{program.exitCode(), program.readAllStandardOutput(),
+                       program.readAllStandardError()};
+    };
+    const Outcome shown = run({"show", "-"});
+    QCOMPARE(shown.exitCode, 0);
+    QCOMPARE(shown.out, runTool({"show", m_output}).out.replace(m_output, "-"));
+    // What comes through a pipe has no name that could be wrong.
+    const Outcome checked = run({"check", "-"});
+    QCOMPARE(checked.messages + checked.out, QString());
+    QCOMPARE(checked.exitCode, 0);
+    const QString both[] = {m_folder.path("of-the-file"), m_folder.path("of-the-input")};
+    QCOMPARE(runTool({"extract", m_output, "--block", "0", "-o", both[0]}).exitCode, 0);
+    QCOMPARE(run({"extract", "-", "--block", "0", "-o", both[1]}).exitCode, 0);
+    QCOMPARE(contentOf(both[1]).toHex(), contentOf(both[0]).toHex());
+}
+
 void TestCommandLine::refusesWhatCheckRefuses()
 {
     const QString output = m_folder.path("refused.img");
@@ -438,6 +474,9 @@ void TestCommandLine::showsSeveralFiles()
     const Outcome outcome = runTool({"show", m_output, m_folder.path("missing"), m_output});
     QCOMPARE(outcome.out, one + one);
     QCOMPARE(outcome.exitCode, 1);
+    // What cannot be read counts more than what is wrong, wherever it stands.
+    QCOMPARE(runTool({"show", m_folder.path("missing"), m_description}).exitCode, 1);
+    QCOMPARE(runTool({"show", m_description, m_output}).exitCode, 3);
 }
 
 namespace {
@@ -458,6 +497,19 @@ const char endingLine[] =
     ": error: name is two.img, expected a name that ends with .VX2znimg [camera-ending]\n";
 
 } // namespace
+
+void TestCommandLine::whatComesThroughStandardInputIsChecked()
+{
+    QByteArray bytes = fileOfTwoBreaches();
+    QBuffer in(&bytes);
+    in.open(QIODevice::ReadOnly);
+    const Outcome outcome = runTool({"check", "--rule", "left-over", "--strict", "-"}, false, &in);
+    QCOMPARE(outcome.out, QString("-") + leftOverLine);
+    QCOMPARE(outcome.exitCode, 3);
+    QCOMPARE(runTool({"check", "-"}).out,
+             QString("-: error: magic (offset 0) is cut off by the end of the file, expected 2 "
+                     "bytes [cut-short]\n"));
+}
 
 void TestCommandLine::checkTellsAllFindings()
 {

@@ -1,8 +1,8 @@
 #include "imagelisting.h"
-#include <imagereader.h>
 
 #include <deliverychecks.h>
 #include <filechecks.h>
+#include <imagereader.h>
 #include <testmain.h>
 
 #include <QDir>

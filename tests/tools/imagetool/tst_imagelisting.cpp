@@ -1,6 +1,6 @@
 #include "imagelisting.h"
-#include <sampleimages.h>
 
+#include <sampleimages.h>
 #include <testmain.h>
 
 #include <QBuffer>

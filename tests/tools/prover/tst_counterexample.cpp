@@ -32,7 +32,7 @@ struct Case
         QString error;
         const QString path = folder.path("a b/case.json");
         QDir().mkpath(folder.path("a b"));
-        const Finding* finding = proof.counterexample(rule);
+        const Finding* finding = proof.counterexample(proofRules().valueOf(rule));
         if (!finding || !writeCounterexample(*finding, delivery, path, &error))
             qFatal("%s", qPrintable(error));
         const std::optional<Scenario> scenario = ScenarioReader::read(path, &error);

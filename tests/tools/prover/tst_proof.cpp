@@ -43,7 +43,7 @@ QStringList linesOf(const Proof& proof, Weight weight = Weight::Error)
     QStringList lines;
     for (const Finding& finding : proof.findings) {
         if (finding.weight == weight)
-            lines += QStringList{finding.rule, finding.text, finding.concerned}.join(" | ");
+            lines += QStringList{finding.ruleName(), finding.text, finding.concerned}.join(" | ");
     }
     return lines;
 }
@@ -53,7 +53,7 @@ QStringList rulesOf(const Proof& proof, Weight weight = Weight::Error)
     QStringList rules;
     for (const Finding& finding : proof.findings) {
         if (finding.weight == weight)
-            rules += finding.rule;
+            rules += finding.ruleName();
     }
     rules.removeDuplicates();
     return rules;
@@ -62,7 +62,7 @@ QStringList rulesOf(const Proof& proof, Weight weight = Weight::Error)
 const Finding& findingOf(const Proof& proof, const QString& rule)
 {
     for (const Finding& finding : proof.findings) {
-        if (finding.rule == rule)
+        if (finding.ruleName() == rule)
             return finding;
     }
     qFatal("not found: %s", qPrintable(rule));

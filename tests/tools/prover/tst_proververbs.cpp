@@ -1,5 +1,6 @@
 #include "proverfixtures.h"
 
+#include <proofrule.h>
 #include <proververbs.h>
 
 #include <testmain.h>
@@ -50,6 +51,7 @@ private slots:
     void wrongUsageIsRefused();
     void whatCannotBeReadIsTold_data();
     void whatCannotBeReadIsTold();
+    void wrongScenarioIsRefused();
     void planIsPrinted();
     void proofDecidesTheExitCode();
     void jsonIsPrinted();
@@ -57,6 +59,7 @@ private slots:
     void pageThatCannotBeWrittenIsTold();
     void counterexampleIsWritten();
     void nothingToShowIsTold();
+    void everyRuleIsDocumented();
     void progressIsForTerminalsOnly();
 
 private:
@@ -105,6 +108,9 @@ void TestProverVerbs::wrongUsageIsRefused_data()
         << QStringList{"prove", "--family", "zan"} << "--family must be ZAN or BRIARSCOPE3";
     QTest::newRow("a rule without a counterexample")
         << QStringList{"prove", "--rule", "run-fails"} << "--rule goes with --counterexample";
+    QTest::newRow("a counterexample of no rule")
+        << QStringList{"prove", "--rule", "nonsense", "--counterexample", "case.json"}
+        << "There is no rule nonsense. (imagetool prove --help lists them)";
 }
 
 void TestProverVerbs::wrongUsageIsRefused()
@@ -143,6 +149,14 @@ void TestProverVerbs::whatCannotBeReadIsTold()
     const Outcome outcome = runTool(arguments);
     QCOMPARE(outcome.exit, int(VerbFailed));
     QTEST(outcome.messages, "message");
+}
+
+void TestProverVerbs::wrongScenarioIsRefused()
+{
+    const QString scenario = m_folder.write("wrong.json", R"({"title": 1})");
+    const Outcome outcome = runTool({"plan", "--system", scenario, m_updates});
+    QCOMPARE(outcome.messages, "imagetool: " + scenario + ": title: must be a text\n");
+    QCOMPARE(outcome.exit, int(VerbRefused));
 }
 
 void TestProverVerbs::planIsPrinted()
@@ -217,6 +231,16 @@ void TestProverVerbs::nothingToShowIsTold()
     QCOMPARE(outcome.messages,
              QString("imagetool: %1 is not written: there is nothing to show in it\n").arg(path));
     QVERIFY(!QFile::exists(path));
+}
+
+void TestProverVerbs::everyRuleIsDocumented()
+{
+    const QString help = runTool({"prove", "--help"}).out.simplified();
+    const QByteArray manual = contentOf(QStringLiteral(MANUAL));
+    for (const QString& rule : proofRules().all()) {
+        QVERIFY2(help.contains(rule), qPrintable(rule));
+        QVERIFY2(manual.contains("| `" + rule.toUtf8() + "` | "), qPrintable(rule));
+    }
 }
 
 void TestProverVerbs::progressIsForTerminalsOnly()

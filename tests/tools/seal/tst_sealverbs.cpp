@@ -175,6 +175,7 @@ void TestSealVerbs::sealsAndVerifiesInJson()
                                             {"verdict", "proven"},
                                             {"files", QJsonArray{a, b}},
                                             {"problems", QJsonArray()},
+                                            {"exitCode", 0},
                                             {"trustedComment", "3.3.0"}}));
     QCOMPARE(verified.exitCode, 0);
     QCOMPARE(jsonOf(runTool({"verify", "--json", site.folder}))["verdict"].toString(),
@@ -206,7 +207,8 @@ void TestSealVerbs::tellsWhatDepartsInJson()
     QCOMPARE(jsonOf(none), (QJsonObject{{"folder", site.folder},
                                         {"verdict", "not-sealed"},
                                         {"files", QJsonArray()},
-                                        {"problems", QJsonArray{"SHA256SUMS: is missing"}}}));
+                                        {"problems", QJsonArray{"SHA256SUMS: is missing"}},
+                                        {"exitCode", 3}}));
     QCOMPARE(none.exitCode, 3);
 
     for (const char* name : {"altered", "missing", "linked", "unread"})
@@ -244,6 +246,11 @@ void TestSealVerbs::goesOnWithTheOtherFolders()
     QCOMPARE(verified.messages, "tool: " + none + ": " + systemReason(ENOENT) + '\n');
     QVERIFY(verified.out.contains("b.VX2znimg: as sealed"));
     QCOMPARE(verified.exitCode, 1);
+    // What cannot be read counts more than what departs, wherever it stands.
+    site.outer.write("delivery/c.vx3img", "not listed");
+    QCOMPARE(runTool({"verify", site.folder}).exitCode, 3);
+    QCOMPARE(runTool({"verify", none, site.folder}).exitCode, 1);
+    QCOMPARE(runTool({"verify", site.folder, none}).exitCode, 1);
 }
 
 void TestSealVerbs::signsWithTheTimeThatIsTold()
