@@ -14,6 +14,7 @@ private slots:
     void readsTextWithAFlag();
     void readsTextWithoutAFlag_data();
     void readsTextWithoutAFlag();
+    void readsTheReplyOfAControllerByItsFirstWord();
     void printsItself_data();
     void printsItself();
     void ordersEveryPair();
@@ -114,6 +115,15 @@ void TestVersionInfo::readsTextWithoutAFlag()
     QFETCH(QString, text);
     QTEST(VersionInfo::fromString(text), "version");
     QTEST(VersionInfo::fromString(text, nullptr), "version");
+}
+
+// As the documents tell those who fill BackendVersions.
+void TestVersionInfo::readsTheReplyOfAControllerByItsFirstWord()
+{
+    const QString reply = QStringLiteral("v3.1.2 2025-03-14");
+    QCOMPARE(VersionInfo::fromString(reply).toString(), QStringLiteral("v3.1.0"));
+    const QString firstWord = reply.section(QLatin1Char(' '), 0, 0);
+    QCOMPARE(VersionInfo::fromString(firstWord).toString(), QStringLiteral("v3.1.2"));
 }
 
 void TestVersionInfo::printsItself_data()
