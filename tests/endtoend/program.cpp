@@ -3,6 +3,7 @@
 #include <QDeadlineTimer>
 #include <QTest>
 
+#include <csignal>
 #include <cstdio>
 
 Program::Program(const QString& file, const QStringList& arguments, const QStringList& environment)
@@ -56,6 +57,16 @@ int Program::waitForEnd()
 void Program::kill()
 {
     m_process.end();
+}
+
+void Program::freeze() const
+{
+    ::kill(static_cast<pid_t>(m_process.processId()), SIGSTOP);
+}
+
+void Program::thaw() const
+{
+    ::kill(static_cast<pid_t>(m_process.processId()), SIGCONT);
 }
 
 void Program::read()

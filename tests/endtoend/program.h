@@ -26,6 +26,12 @@ public:
     /// Takes its life without a warning.
     void kill();
 
+    /// Has it stand still, holding on to its connections, until it may go on.
+    ///@{
+    void freeze() const;
+    void thaw() const;
+    ///@}
+
     bool isRunning() const { return m_process.state() != QProcess::NotRunning; }
     qint64 processId() const { return m_process.processId(); }
 

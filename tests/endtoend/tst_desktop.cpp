@@ -2,6 +2,7 @@
 #include "desktop.h"
 
 #include <endpoint.h>
+#include <equipmentlanguage.h>
 #include <wirelanguage.h>
 
 #include <fixturefiles.h>
@@ -15,7 +16,8 @@
 
 namespace {
 
-const QString frontendTitle = "VORNIX3 v3.3.0 - One release behind";
+const QString frontendTitle = "VORNIX3 v3.3.0 - 192.168.7.20";
+const QString lostTitle = frontendTitle + " (no answer)";
 const QString updateTitle = "Controller and Camera Update";
 const QString boxTitle = "VORNIX3";
 
@@ -65,6 +67,14 @@ public:
     }
 
     void kill() { m_program->kill(); }
+    /// As if its cable was pulled, or plugged in again.
+    ///@{
+    void freeze() { m_program->freeze(); }
+    void thaw() { m_program->thaw(); }
+    ///@}
+
+    /// Takes the controllers' power and gives it back.
+    void losePower() const { ask(commandLine({EquipmentCommand::Kind::PowerCycle})); }
 
     /// Goes on with another system at the same port: one that runs newer firmware.
     bool exchange()
@@ -168,6 +178,13 @@ public:
         return true;
     }
 
+    /// Leaves the update dialog that comes up by itself.
+    bool comesToRest()
+    {
+        return reads("window    " + updateTitle) && presses({"Escape"}, updateTitle) &&
+               reads("window    " + frontendTitle);
+    }
+
     /// Goes from the update dialog, which has come up, into the run.
     bool startsTheRun()
     {
@@ -249,6 +266,10 @@ private slots:
     void frontendKilledInARunBeginsAnew();
     void systemKilledInARunIsUpdatedLater();
     void systemKilledWhileNothingHappensIsConnectedAgain();
+    void silentSystemIsLostUntilItAnswers();
+    void dialogIsNotOpenedOnADeadLine();
+    void lossOfPowerIsToldAndItsEnd();
+    void lossIsToldBehindAnOpenDialog();
     void planIsNotSentToAnotherSystem();
     void secondFrontendLooksOn();
     void oneLostReplyMakesNoControllerOld();
@@ -334,7 +355,7 @@ void TestDesktop::systemKilledInARunIsUpdatedLater()
     QVERIFY(session.reads("Update failed!"));
     QVERIFY(session.presses({"Return"}, boxTitle));
     QVERIFY(session.presses({"Escape"}, updateTitle));
-    QVERIFY(session.reads("Nobody simulates them at the moment."));
+    QVERIFY(session.reads("The simulated system cannot be reached."));
 
     QVERIFY(system.start());
     QVERIFY2(system.state().startsWith("v3.2.0 v1.3"), qPrintable(system.state()));
@@ -356,7 +377,7 @@ void TestDesktop::systemKilledWhileNothingHappensIsConnectedAgain()
     QVERIFY(session.reads("window    " + frontendTitle));
     system.kill();
     QVERIFY(session.reads("Frontend: The controllers do not answer any more."));
-    QVERIFY(session.reads("Nobody simulates them at the moment."));
+    QVERIFY(session.reads("The simulated system cannot be reached."));
 
     QVERIFY(system.start());
     QCOMPARE(system.state(), oldVersions);
@@ -366,6 +387,81 @@ void TestDesktop::systemKilledWhileNothingHappensIsConnectedAgain()
     QVERIFY(session.reads("window    " + frontendTitle));
     QVERIFY(session.presses({"ctrl+q"}, frontendTitle));
     QCOMPARE(session.program().waitForEnd(), 0);
+}
+
+// It keeps its connections and says nothing.
+void TestDesktop::silentSystemIsLostUntilItAnswers()
+{
+    const FixtureFolder folder;
+    System system(folder);
+    QVERIFY(system.start());
+    Session session(desktop, system, folder);
+    QVERIFY(session.comesToRest());
+    system.freeze();
+    QVERIFY(session.reads("window    " + lostTitle));
+    QVERIFY(session.reads("No answer since "));
+
+    system.thaw();
+    QVERIFY(session.reads("Frontend: Connected to 192.168.7.20"));
+    QVERIFY(session.reads("window    " + updateTitle));
+    QVERIFY(session.presses({"Escape"}, updateTitle));
+    QVERIFY(session.reads("window    " + frontendTitle));
+    QVERIFY(session.reads("[Faults on demand...] [Power-cycle the controllers]"));
+    QVERIFY(session.presses({"ctrl+q"}, frontendTitle));
+    QCOMPARE(session.program().waitForEnd(), 0);
+}
+
+// It would say that all is up to date, as nothing is heard of anything older.
+void TestDesktop::dialogIsNotOpenedOnADeadLine()
+{
+    const FixtureFolder folder;
+    System system(folder);
+    QVERIFY(system.start());
+    Session session(desktop, system, folder);
+    QVERIFY(session.comesToRest());
+    system.freeze();
+    QVERIFY(session.presses({"alt+h", "c"}, frontendTitle));
+    QVERIFY(session.reads("The controllers do not answer, so nothing was opened."));
+    system.thaw();
+    QVERIFY(session.presses({"Return"}, boxTitle));
+    QVERIFY(session.reads("Frontend: Connected to 192.168.7.20"));
+    QVERIFY(session.reads("[x] | Firmware update (zan-master) | v3.2.0 | v3.3.0 | yes | yes"));
+}
+
+void TestDesktop::lossOfPowerIsToldAndItsEnd()
+{
+    const FixtureFolder folder;
+    System system(folder);
+    QVERIFY(system.start());
+    Session session(desktop, system, folder);
+    QVERIFY(session.comesToRest());
+    system.losePower();
+    QVERIFY(session.reads("window    " + lostTitle));
+    QVERIFY(session.reads("No answer since "));
+    QVERIFY(session.reads("zan-master | Master | 192.168.7.20 | ZAN C2 | 731 | v3.2.0 | v1.3 | "
+                          "Restarting"));
+    QVERIFY(session.reads("Frontend: Connected to 192.168.7.20"));
+    QVERIFY(session.reads("window    " + updateTitle));
+}
+
+void TestDesktop::lossIsToldBehindAnOpenDialog()
+{
+    const FixtureFolder folder;
+    System system(folder);
+    QVERIFY(system.start());
+    Session session(desktop, system, folder);
+    QVERIFY(session.reads("window    " + updateTitle));
+    system.kill();
+    QVERIFY(session.reads("Frontend: The controllers do not answer any more."));
+    QVERIFY(desktop.focus(lostTitle));
+    QVERIFY(system.start());
+    QVERIFY(session.reads("Frontend: The controllers answer again."));
+    QVERIFY(desktop.focus(frontendTitle));
+
+    // What the module knows is still of before the loss.
+    QVERIFY(session.presses({"Escape"}, updateTitle));
+    QVERIFY(session.reads("Frontend: Connected to 192.168.7.20"));
+    QVERIFY(session.reads("window    " + updateTitle));
 }
 
 // The dialog stays open while another system takes the place of the one that it was opened for.

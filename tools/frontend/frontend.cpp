@@ -2,7 +2,6 @@
 
 #include "deliverylayout.h"
 
-#include <connectionpanel.h>
 #include <logview.h>
 #include <otherhostbanner.h>
 #include <releasecatalogue.h>
@@ -16,6 +15,7 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QMessageBox>
 #include <QScopedValueRollback>
 #include <QStatusBar>
 #include <QThread>
@@ -72,8 +72,9 @@ Frontend::Frontend(Scenario scenario, const Options& options)
 }
 
 Frontend::Frontend(std::unique_ptr<SystemAccess> access, const Options& options)
-    : m_options(options), m_access(std::move(access)), m_channel(m_access->link()),
-      m_window(m_access->equipment(), isObserver(*m_access, options)), m_logKeeper(m_window.log()),
+    : m_options(options), m_access(std::move(access)), m_watch(m_access->link()),
+      m_channel(m_watch), m_window(m_access->equipment(), isObserver(*m_access, options)),
+      m_logKeeper(m_window.log()),
       m_runs(m_channel, runFolder(options), QString::fromLatin1(m_access->identity())),
       m_results(&m_window), m_lock(options.stateDir),
       m_module(m_channel, m_window,
@@ -82,17 +83,15 @@ Frontend::Frontend(std::unique_ptr<SystemAccess> access, const Options& options)
 {
     initPictures();
     // Windows stay painted during long waits, but nothing can be clicked.
-    m_access->link().setIdleWork([this] {
+    m_watch.setIdleWork([this] {
         const QScopedValueRollback<bool> waiting(m_isWaiting, true);
         QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
     });
-    connect(&m_window, &MainWindow::themeChanged, this, &Frontend::tellTheme);
-    connect(&m_window, &MainWindow::hardwareSearchWanted, this, &Frontend::searchForHardware);
-    connect(&m_window, &MainWindow::resultsWanted, this, &Frontend::showResults);
     connect(&equipment(), &Equipment::trouble, this, &Frontend::log);
     connect(&m_logKeeper, &LogKeeper::failed, this, [this](const QString& reason) {
         log(tr("The log is not kept any more: %1").arg(reason));
     });
+    watchWindow();
     watchRuns();
     watchModule();
     m_window.setSaveFolder(options.userHome);
@@ -100,13 +99,24 @@ Frontend::Frontend(std::unique_ptr<SystemAccess> access, const Options& options)
     m_window.setDarkTheme(options.dark);
 
     m_follow.setInterval(100);
-    connect(&m_follow, &QTimer::timeout, this, &Frontend::followSystem);
+    connect(&m_follow, &QTimer::timeout, this, &Frontend::look);
 }
 
 Frontend::~Frontend()
 {
     m_module.leave();
     m_channel.removeWatcher(m_monitor);
+}
+
+void Frontend::watchWindow()
+{
+    connect(&m_window, &MainWindow::themeChanged, this, &Frontend::tellTheme);
+    connect(&m_window, &MainWindow::hardwareSearchWanted, this, &Frontend::searchForHardware);
+    connect(&m_window, &MainWindow::resultsWanted, this, &Frontend::showResults);
+    connect(&m_window, &MainWindow::moduleEntryWanted, this, [this](QAction* entry) {
+        if (mayUseLine())
+            entry->trigger();
+    });
 }
 
 void Frontend::watchRuns()
@@ -142,6 +152,7 @@ void Frontend::watchModule()
         m_window.removeModuleEntries();
     });
     connect(&m_module, &ModuleHost::readyToShutDown, this, [this] {
+        m_isShuttingDown = true;
         log(tr("The module has ended its work; the frontend shuts down."));
         m_window.statusBar()->showMessage(tr("Shutting down..."));
     });
@@ -210,8 +221,7 @@ void Frontend::log(const QString& text)
 
 bool Frontend::run()
 {
-    if (!m_access->link().isReachable())
-        m_window.connection().showWaiting();
+    followLine();
     m_window.show();
     const QString title = equipment().scenario().title;
     log(m_access->transcript() ? title : tr("Simulated system: %1").arg(title));
@@ -227,15 +237,48 @@ bool Frontend::run()
     return !m_hasToBeginAnew;
 }
 
+void Frontend::look()
+{
+    if (!m_access->transcript())
+        m_watch.look();
+    followLine();
+    followModule();
+}
+
+bool Frontend::answers() const
+{
+    return m_access->transcript() || m_watch.isAnswering();
+}
+
+// What the window says of the controllers is true at once, whatever other windows are open.
+void Frontend::followLine()
+{
+    const bool isLost = !answers() && (m_isConnected || m_isShownLost || !m_watch.isReachable());
+    if (std::exchange(m_isShownLost, isLost) == isLost)
+        return;
+    if (!isLost) {
+        if (m_isConnected)
+            log(tr("The controllers answer again."));
+        m_window.showConnected(m_channel.isCurrent()
+                                   ? m_details
+                                   : tr("The controllers answer again. The update module is loaded "
+                                        "anew when no other window is open."));
+        return;
+    }
+    if (m_isConnected && !m_isShuttingDown) // that they restart then is no news
+        log(tr("The controllers do not answer any more."));
+    m_window.showLost(m_watch.lastAnswer());
+}
+
 // The module takes part from when the controllers answer until they no longer do. It cannot leave
 // while it waits for a reply or a window of its own runs an event loop, so that has to end first.
-void Frontend::followSystem()
+void Frontend::followModule()
 {
-    const bool isReachable = m_access->link().isReachable();
+    const bool isReachable = m_watch.isReachable();
     m_wasUnreachable = m_wasUnreachable || !isReachable;
     if (m_isWaiting || m_monitor.isRunning() || QThread::currentThread()->loopLevel() > 1)
         return;
-    if (m_isConnected && (m_wasUnreachable || !m_channel.isCurrent()))
+    if (m_isConnected && (!answers() || !m_channel.isCurrent()))
         systemLost();
     m_wasUnreachable = !isReachable;
     if (m_isConnected)
@@ -244,7 +287,7 @@ void Frontend::followSystem()
         beginAnew();
     else if (m_module.isInside())
         m_runs.moduleRests();
-    else if (isReachable && m_access->link().isOpen() && !m_isConnected)
+    else if (answers() && !m_isConnected)
         systemFound();
 }
 
@@ -269,11 +312,10 @@ void Frontend::beginAnew()
 void Frontend::systemFound()
 {
     m_channel.renew();
-    const BackendVersions found = versions();
-    m_window.connection().showConnected(
-        tr("Model %1, tracking software %2, controller firmware %3, command protocol %4")
-            .arg(found.zanModel(), found.systemPt().toString(), found.systemCt().toString(),
-                 found.protocol().toString()));
+    const BackendVersions found = askVersions();
+    if (!m_access->transcript() && !m_watch.ask()) // it was lost again meanwhile
+        return;
+    m_window.showConnected(m_details);
     if (!m_access->transcript())
         log(tr("Connected to %1").arg(m_access->link().address()));
     m_runs.systemConnected();
@@ -314,34 +356,73 @@ bool Frontend::allowsRun(const QVector<StepBack>& stepsBack)
 
 void Frontend::systemLost()
 {
-    log(m_wasUnreachable ? tr("The controllers do not answer any more.")
-                         : tr("The connection to the controllers was lost for a moment."));
     m_module.leave();
     m_isConnected = false;
-    m_window.connection().showWaiting();
 }
 
-BackendVersions Frontend::versions()
+namespace {
+
+QString detailsText(const BackendVersions& versions, const QString& pt, const QString& ct)
 {
-    const Transcript* transcript = m_access->transcript();
-    return transcript ? transcript->head.versions : askVersions();
+    return Frontend::tr(
+               "Model %1, tracking software %2, controller firmware %3, command protocol %4")
+        .arg(versions.zanModel(), pt, ct, versions.protocol().toString());
 }
+
+VersionInfo versionIn(const std::optional<QString>& reply)
+{
+    return reply ? reportedVersion(*reply) : VersionInfo();
+}
+
+// With what stands behind the numbers, and without the date.
+QString wordIn(const std::optional<QString>& reply)
+{
+    return reply ? reply->section(QLatin1Char(' '), 0, 0) : Frontend::tr("unknown");
+}
+
+} // namespace
 
 BackendVersions Frontend::askVersions()
 {
+    if (const Transcript* transcript = m_access->transcript()) {
+        const BackendVersions& told = transcript->head.versions;
+        m_details = detailsText(told, told.systemPt().toString(), told.systemCt().toString());
+        return told;
+    }
     const Scenario& scenario = equipment().scenario();
-    return BackendVersions(askVersion("system version"), scenario.protocol,
-                           askVersion("system controller_version"), scenario.backendModel);
+    ChannelQueries queries(m_channel);
+    const std::optional<QString> pt = queries.text("system version");
+    const std::optional<QString> ct = queries.text("system controller_version");
+    const BackendVersions versions(versionIn(pt), scenario.protocol, versionIn(ct),
+                                   scenario.backendModel);
+    m_details = detailsText(versions, wordIn(pt), wordIn(ct));
+    return versions;
 }
 
-VersionInfo Frontend::askVersion(const char* key)
+// What a dialog learns on a dead line would be wrong, and long in coming.
+bool Frontend::mayUseLine()
 {
-    const std::optional<QString> reply = ChannelQueries(m_channel).text(key);
-    return reply ? reportedVersion(*reply) : VersionInfo();
+    if (m_access->transcript())
+        return true;
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    const bool isAlive = m_watch.ask() && m_channel.isCurrent();
+    QApplication::restoreOverrideCursor();
+    followLine();
+    if (isAlive)
+        return true;
+    QMessageBox box(QMessageBox::Warning, QStringLiteral("VORNIX3"),
+                    tr("The controllers do not answer, so nothing was opened. Choose this again "
+                       "when they are connected."),
+                    QMessageBox::Ok, &m_window);
+    box.setObjectName(QStringLiteral("controllersSilent"));
+    box.exec();
+    return false;
 }
 
 void Frontend::searchForHardware()
 {
+    if (!mayUseLine())
+        return;
     m_runs.searchBegins();
     SearchHardwareDlg dialog(&m_window, &m_channel, QStringLiteral("user"));
     dialog.update_and_exec();

@@ -3,6 +3,7 @@
 #include "options.h"
 
 #include <hostchannel.h>
+#include <linewatch.h>
 #include <logkeeper.h>
 #include <mainwindow.h>
 #include <modulehost.h>
@@ -69,21 +70,25 @@ private:
     void goOnFromEarlierStarts();
     void keepLook();
     void log(const QString& text);
-    void followSystem();
+    void watchWindow();
+    void look();
+    void followLine();
+    void followModule();
     void beginAnew();
     void systemFound();
     void followOtherHost();
     bool allowsRun(const QVector<StepBack>& stepsBack);
     void systemLost();
-    BackendVersions versions();
     BackendVersions askVersions();
-    VersionInfo askVersion(const char* key);
+    bool answers() const;
+    bool mayUseLine();
     void searchForHardware();
     void showResults();
     void tellTheme(bool dark);
 
     Options m_options;
     std::unique_ptr<SystemAccess> m_access;
+    LineWatch m_watch;
     HostChannel m_channel;
     RunMonitor m_monitor;
     MainWindow m_window;
@@ -95,6 +100,9 @@ private:
     bool m_hasToBeginAnew = false;
     bool m_wasUnreachable = false;
     bool m_isLookingOn = false; // as another host updates the system
+    QString m_details;          // of the system, as its heading tells them
+    bool m_isShownLost = false;
+    bool m_isShuttingDown = false;
     bool m_isConnected = false; // the module was asked in, whether or not it was let in
     bool m_isWaiting = false;   // for a reply, or for the module to come in
     ModuleHost m_module;        // last: it uses all the others

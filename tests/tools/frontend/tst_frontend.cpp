@@ -1,9 +1,9 @@
 #include <fakemodule.h>
 #include <simulatorfixtures.h>
 
-#include <connectionpanel.h>
 #include <frontend.h>
 #include <logview.h>
+#include <windowtexts.h>
 
 #include <deliverysealing.h>
 #include <fixturefiles.h>
@@ -85,6 +85,10 @@ private slots:
     void quittingFromADialogKeepsTheOrder();
     void frontendWaitsForControllersThatRestart();
     void moduleLeavesAndComesBackWithTheControllers();
+    void lossIsToldWhileAWindowIsOpen();
+    void silentControllersAreLostAndFoundAgain();
+    void dialogIsNotOpenedOnADeadLine();
+    void headingTellsWholeVersions();
     void hardwareIsSearchedForOnTheUsersWord();
     void hardwareIsSearchedForByOperatorsAtRestOnly_data();
     void hardwareIsSearchedForByOperatorsAtRestOnly();
@@ -220,6 +224,145 @@ void TestFrontend::moduleLeavesAndComesBackWithTheControllers()
         frontend.window().findChild<QPushButton*>("pushButton_powerCycleControllers")->click();
     });
     QCOMPARE(FakeModule::calls(), beginning + ending + beginning + ending);
+}
+
+namespace {
+
+QStringList headOf(const MainWindow& window)
+{
+    return windowTexts(window).mid(0, 2);
+}
+
+QString logOf(Frontend& frontend)
+{
+    return frontend.window().log().toPlainText();
+}
+
+/// A fault that leaves every question of the frontend's own without an answer.
+Fault silence()
+{
+    Fault fault;
+    fault.mode = FaultMode::StaySilent;
+    fault.request = "system hostname";
+    fault.times = 0;
+    return fault;
+}
+
+QAction* entryOf(const MainWindow& window, const QString& text)
+{
+    for (QAction* menu : window.menuBar()->actions()) {
+        for (QAction* action : menu->menu()->actions()) {
+            if (action->text() == text)
+                return action;
+        }
+    }
+    return nullptr;
+}
+
+} // namespace
+
+// The module cannot leave as long as its window is open; what the frontend shows does not wait.
+void TestFrontend::lossIsToldWhileAWindowIsOpen()
+{
+    const FixtureFolder folder;
+    Frontend frontend(scenarioNamed("cascade"), optionsFor(folder));
+    QString error;
+    QVERIFY(frontend.prepare(&error));
+    MainWindow& window = frontend.window();
+    runWith(frontend, [&] {
+        auto* dialog = window.findChild<QDialog*>("fakeDialog");
+        QTimer::singleShot(0, dialog, [&, dialog] {
+            window.findChild<QPushButton*>("pushButton_powerCycleControllers")->click();
+            QTRY_VERIFY(window.findChild<QWidget*>("waitingPage")->isVisible());
+            QCOMPARE(window.windowTitle(), QString("VORNIX3 v3.3.0 - 192.168.7.20 (no answer)"));
+            QVERIFY(headOf(window).constFirst().startsWith("No answer since "));
+            QVERIFY(!entryOf(window, "Not while measuring")->isEnabled());
+            QTRY_COMPARE(headOf(window),
+                         (QStringList{"Connected to 192.168.7.20",
+                                      "The controllers answer again. The update module is loaded "
+                                      "anew when no other window is open."}));
+            QCOMPARE(window.windowTitle(), QString("VORNIX3 v3.3.0 - 192.168.7.20"));
+            QCOMPARE(FakeModule::calls(), beginning);
+            dialog->accept();
+        });
+        dialog->exec();
+        QTimer::singleShot(0, &frontend, [&] {
+            QTRY_COMPARE(FakeModule::calls().count("get_gui_elements"), 2);
+            QVERIFY(headOf(window).constLast().startsWith("Model ZAN"));
+            QApplication::quit();
+        });
+    });
+    QCOMPARE(FakeModule::calls(), beginning + ending + beginning + ending);
+    const QString log = logOf(frontend);
+    QVERIFY(log.contains("Frontend    The controllers do not answer any more."));
+    QVERIFY(log.contains("Frontend    The controllers answer again."));
+}
+
+// As when a cable is pulled: the line stands, and nothing comes. Takes the 6 s until that is sure.
+void TestFrontend::silentControllersAreLostAndFoundAgain()
+{
+    const FixtureFolder folder;
+    Frontend frontend(scenarioNamed("cascade"), optionsFor(folder));
+    QString error;
+    QVERIFY(frontend.prepare(&error));
+    MainWindow& window = frontend.window();
+    runWith(frontend, [&] {
+        QTimer::singleShot(0, &frontend, [&] {
+            const EquipmentCommand arm{EquipmentCommand::Kind::ArmFault, 0, silence()};
+            frontend.equipment().perform(arm);
+            QTRY_VERIFY(window.findChild<QWidget*>("waitingPage")->isVisible());
+            QCOMPARE(headOf(window).constLast(), QString("They have power, but do not answer."));
+            frontend.equipment().perform({EquipmentCommand::Kind::DisarmFaults});
+            QTRY_COMPARE(FakeModule::calls().count("get_gui_elements"), 2);
+            QVERIFY(!window.findChild<QWidget*>("waitingPage")->isVisible());
+            QApplication::quit();
+        });
+    });
+    QCOMPARE(FakeModule::calls(), beginning + ending + beginning + ending);
+}
+
+void TestFrontend::dialogIsNotOpenedOnADeadLine()
+{
+    const FixtureFolder folder;
+    Frontend frontend(scenarioNamed("cascade"), optionsFor(folder));
+    QString error;
+    QVERIFY(frontend.prepare(&error));
+    ModalDriver driver;
+    ExpectedBox box;
+    box.title = "VORNIX3";
+    box.text = "The controllers do not answer, so nothing was opened. Choose this again when they "
+               "are connected.";
+    box.icon = QMessageBox::Warning;
+    box.defaultButton = QMessageBox::NoButton;
+    driver.expect(box);
+    driver.expect(box);
+    runWith(frontend, [&] {
+        frontend.equipment().perform({EquipmentCommand::Kind::ArmFault, 0, silence()});
+        entryOf(frontend.window(), "Not while measuring")->trigger();
+        frontend.window().findChild<QAction*>("actionSearchHardware")->setEnabled(true);
+        frontend.window().findChild<QAction*>("actionSearchHardware")->trigger();
+        QApplication::quit();
+    });
+    QVERIFY2(driver.isDone(), qPrintable(driver.missing()));
+    const QString log = logOf(frontend);
+    QVERIFY2(!log.contains("the frontend shuts down"), qPrintable(log)); // what the entry does
+    QVERIFY2(!log.contains("Search for new hardware"), qPrintable(log));
+}
+
+void TestFrontend::headingTellsWholeVersions()
+{
+    const FixtureFolder folder;
+    Scenario scenario = scenarioNamed("cascade");
+    scenario.controllers[0].pt = "v3.1.0-beta.4 2024-02-29";
+    scenario.controllers[0].ct = "v1.2-rc.1";
+    Frontend frontend(scenario, optionsFor(folder));
+    QString error;
+    QVERIFY(frontend.prepare(&error));
+    runWith(frontend, [] { QApplication::quit(); });
+    QCOMPARE(headOf(frontend.window()),
+             (QStringList{"Connected to 192.168.7.20",
+                          "Model ZAN, tracking software v3.1.0-beta.4, controller firmware "
+                          "v1.2-rc.1, command protocol v1.23"}));
 }
 
 void TestFrontend::hardwareIsSearchedForOnTheUsersWord()

@@ -35,7 +35,7 @@ QByteArray preferences()
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-const QString frontendText = "VORNIX3 v3.3.0 - A master and two slaves, all two releases behind";
+const QString frontendText = "VORNIX3 v3.3.0 - 192.168.7.20";
 
 const QStringList updateDialogText = {
     "window: Controller and Camera Update",
@@ -119,7 +119,7 @@ void TestUpdateRoad::cascadeIsBroughtUpToDate()
     QCOMPARE(story.mid(0, 2),
              (QStringList{"log: Frontend: Simulated system: A master and two slaves, all two "
                           "releases behind",
-                          "window: " + frontendText}));
+                          "window: " + frontendText + " (no answer)"}));
     QCOMPARE(story.at(2), QString(": Waiting for the controllers to come back..."));
     QVERIFY(story.contains(": zan-left | Slave | 192.168.7.21 | ZAN C2 | 732 | v3.1.0 | v1.2 | "
                            "Pt v3.3.0, Ct v1.4 | Restarting"));

@@ -48,13 +48,15 @@ void LineWatch::look()
 
 bool LineWatch::ask()
 {
-    look();
     const quint64 answersBefore = m_answers;
-    while (m_isAnswering && m_answers == answersBefore && !isTaken()) {
+    for (int attempt = 0; attempt < maxUnanswered; ++attempt) {
+        look();
+        if (m_answers != answersBefore || isBroken() || !m_line.isOpen() || isTaken())
+            break;
         begin();
         collect(answerMs);
-        look();
     }
+    look();
     return m_isAnswering;
 }
 

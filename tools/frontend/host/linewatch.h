@@ -38,8 +38,8 @@ public:
     void look();
 
     /// Asks now, also where something has just been answered, and waits until it is known whether
-    /// the controllers answer: not at all if the line is lost already, or while the channel awaits
-    /// a reply, which will tell. Events are served meanwhile as during any wait.
+    /// the controllers answer: not at all if there is no connection, or while the channel awaits a
+    /// reply, which will tell. Events are served meanwhile as during any wait.
     /// @return isAnswering()
     bool ask();
 

@@ -58,6 +58,7 @@ OrderedMenus::Menu& OrderedMenus::menuTitled(const QString& title, int order)
 
     const int index = placeFor(m_menus, order);
     auto* menu = new QMenu(title, m_bar);
+    menu->setToolTipsVisible(true); // they tell why an entry is disabled
     m_bar->insertMenu(index < m_menus.size() ? m_menus.at(index).menu->menuAction() : nullptr,
                       menu);
     m_menus.insert(index, {order, menu, {}});

@@ -1,5 +1,8 @@
 #include "connectionpanel.h"
 
+#include "moment.h"
+#include "permission.h"
+
 #include <equipment.h>
 
 #include <QHBoxLayout>
@@ -24,13 +27,14 @@ QLabel* makeTitle()
 
 } // namespace
 
-ConnectionPanel::ConnectionPanel(Equipment& equipment, QWidget* parent)
+ConnectionPanel::ConnectionPanel(Equipment& equipment, bool observer, QWidget* parent)
     : QStackedWidget(parent), m_equipment(equipment), m_clock(new QTimer(this)),
-      m_title(makeTitle()), m_details(new QLabel), m_remaining(new QLabel), m_bar(new QProgressBar),
-      m_power(new QPushButton(tr("Give &power to the controllers")))
+      m_title(makeTitle()), m_details(new QLabel), m_waiting(makeTitle()), m_remaining(new QLabel),
+      m_bar(new QProgressBar), m_power(new QPushButton(tr("Give &power to the controllers")))
 {
     addWidget(makeConnectedPage());
     addWidget(makeWaitingPage());
+    permit(*m_power, observer ? whyObserversMayNot() : QString());
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
     connect(m_clock, &QTimer::timeout, this, &ConnectionPanel::updateWaiting);
     m_clock->setInterval(200);
@@ -44,6 +48,7 @@ QWidget* ConnectionPanel::makeConnectedPage()
     m_title->setText(tr("Connecting to %1...").arg(m_equipment.scenario().address()));
     m_details->setTextInteractionFlags(Qt::TextSelectableByMouse);
     layout->addWidget(m_details);
+    layout->addStretch();
     return page;
 }
 
@@ -52,13 +57,11 @@ QWidget* ConnectionPanel::makeWaitingPage()
     auto* page = new QWidget;
     page->setObjectName(QStringLiteral("waitingPage"));
     auto* layout = new QVBoxLayout(page);
-    QLabel* title = makeTitle();
-    title->setText(tr("Waiting for the controllers to come back..."));
-    layout->addWidget(title);
+    layout->addWidget(m_waiting);
 
     auto* line = new QHBoxLayout;
     m_bar->setTextVisible(false);
-    m_bar->setAccessibleName(title->text());
+    m_bar->setAccessibleName(tr("Restart of the controllers"));
     line->addWidget(m_bar, 1);
     line->addWidget(m_remaining, 1);
     m_power->setObjectName(QStringLiteral("pushButton_power"));
@@ -77,8 +80,12 @@ void ConnectionPanel::showConnected(const QString& details)
     setCurrentIndex(0);
 }
 
-void ConnectionPanel::showWaiting()
+void ConnectionPanel::showWaiting(const QDateTime& lastAnswer)
 {
+    const QString waiting = tr("Waiting for the controllers to come back...");
+    m_waiting->setText(lastAnswer.isValid()
+                           ? tr("No answer since %1. %2").arg(momentText(lastAnswer), waiting)
+                           : waiting);
     setCurrentIndex(1);
     updateWaiting();
     m_clock->start();
@@ -87,9 +94,11 @@ void ConnectionPanel::showWaiting()
 QString ConnectionPanel::remainingText(qint64 leftMs) const
 {
     if (!m_equipment.isAtHand())
-        return tr("Nobody simulates them at the moment.");
-    return leftMs >= 0 ? tr("about %1 s").arg((leftMs + 999) / 1000)
-                       : tr("They do not come back by themselves.");
+        return whyNotAtHand();
+    if (leftMs == 0)
+        return tr("They have power, but do not answer.");
+    return leftMs > 0 ? tr("about %1 s").arg((leftMs + 999) / 1000)
+                      : tr("They do not come back by themselves.");
 }
 
 void ConnectionPanel::updateWaiting()
@@ -97,8 +106,9 @@ void ConnectionPanel::updateWaiting()
     const qint64 leftMs = m_equipment.msUntilReachable();
     const bool hasPower = leftMs >= 0;
     const int bootMs = m_equipment.scenario().timing.bootMs;
+    m_bar->setVisible(leftMs > 0);
     m_bar->setRange(0, qMax(1, bootMs));
-    m_bar->setValue(hasPower ? bootMs - static_cast<int>(leftMs) : 0);
+    m_bar->setValue(leftMs > 0 ? bootMs - static_cast<int>(leftMs) : 0);
     m_remaining->setText(remainingText(leftMs));
     m_power->setVisible(!hasPower && m_equipment.isAtHand());
 }

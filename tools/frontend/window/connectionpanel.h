@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDateTime>
 #include <QStackedWidget>
 
 class QLabel;
@@ -16,12 +17,15 @@ class ConnectionPanel : public QStackedWidget
 
 public:
     /// @param equipment must outlive the panel
-    explicit ConnectionPanel(Equipment& equipment, QWidget* parent = nullptr);
+    /// @param observer whether the user may only look on
+    explicit ConnectionPanel(Equipment& equipment, bool observer = false,
+                             QWidget* parent = nullptr);
 
     /// @param details one line about the backend
     void showConnected(const QString& details);
     /// Says that the controllers do not answer, and keeps telling how long it will be.
-    void showWaiting();
+    /// @param lastAnswer invalid: there was none
+    void showWaiting(const QDateTime& lastAnswer = QDateTime());
 
 private:
     QWidget* makeConnectedPage();
@@ -33,6 +37,7 @@ private:
     QTimer* m_clock;
     QLabel* m_title;
     QLabel* m_details;
+    QLabel* m_waiting;
     QLabel* m_remaining;
     QProgressBar* m_bar;
     QPushButton* m_power;

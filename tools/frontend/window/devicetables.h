@@ -3,6 +3,8 @@
 #include <equipment.h>
 
 #include <QAbstractTableModel>
+#include <QGuiApplication>
+#include <QPalette>
 
 #include <functional>
 
@@ -54,8 +56,10 @@ public:
     }
 
     /// Has the views read everything again. The number of devices never changes.
-    void refresh()
+    /// @param isOld whether that is what was so once, which is shown in grey
+    void refresh(bool isOld)
     {
+        m_isOld = isOld;
         if (rowCount({}) > 0)
             emit dataChanged(index(0, 0), index(rowCount({}) - 1, columnCount({}) - 1));
     }
@@ -83,6 +87,8 @@ public:
             return column.toolTip ? column.toolTip(device) : column.text(device);
         if (role == progressRole && isLast && device.recordsExpected > 0)
             return double(device.recordsReceived) / device.recordsExpected;
+        if (role == Qt::ForegroundRole && m_isOld)
+            return QGuiApplication::palette().brush(QPalette::Disabled, QPalette::Text);
         return role == needRole ? QVariant(int(needOf(device))) : QVariant();
     }
 
@@ -103,6 +109,7 @@ public:
 private:
     Devices m_devices;
     QVector<DeviceColumn<Device>> m_columns;
+    bool m_isOld = false;
 };
 
 /// A table of the devices of @p equipment, which must outlive it. @p parent owns it.

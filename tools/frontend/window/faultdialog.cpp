@@ -1,5 +1,7 @@
 #include "faultdialog.h"
 
+#include "permission.h"
+
 #include <equipment.h>
 #include <payload.h>
 
@@ -150,6 +152,7 @@ void FaultDialog::followSystem()
         lines += fault.text();
     m_armed->setText(lines.isEmpty() ? tr("No fault is armed.")
                                      : tr("Armed:\n%1").arg(lines.join(QLatin1Char('\n'))));
-    m_arm->setEnabled(m_equipment.isAtHand());
-    m_disarm->setEnabled(m_equipment.isAtHand() && !lines.isEmpty());
+    const QString whyNot = m_equipment.isAtHand() ? QString() : whyNotAtHand();
+    permit(*m_arm, whyNot);
+    permit(*m_disarm, whyNot.isEmpty() && lines.isEmpty() ? tr("No fault is armed.") : whyNot);
 }

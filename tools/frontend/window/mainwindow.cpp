@@ -3,6 +3,7 @@
 #include "connectionpanel.h"
 #include "logpanel.h"
 #include "otherhostbanner.h"
+#include "permission.h"
 #include "runbanner.h"
 #include "systemview.h"
 #include "theme.h"
@@ -37,12 +38,12 @@ constexpr int menuHelp = 700;
 
 MainWindow::MainWindow(Equipment& equipment, bool observer, QWidget* parent)
     : QMainWindow(parent), m_equipment(equipment), m_observer(observer), m_menus(menuBar()),
-      m_banner(new RunBanner), m_connection(new ConnectionPanel(equipment)),
-      m_systemView(new SystemView(equipment)), m_log(new LogPanel), m_measurement(new QLabel)
+      m_banner(new RunBanner), m_connection(new ConnectionPanel(equipment, observer)),
+      m_systemView(new SystemView(equipment, observer)), m_log(new LogPanel),
+      m_measurement(new QLabel)
 {
     setObjectName(QStringLiteral("mainWindow"));
-    setWindowTitle(
-        tr("VORNIX3 %1 - %2").arg(QLatin1String(frontendVersion), equipment.scenario().title));
+    showTitle();
     makeMenus();
     setCentralWidget(makeContent());
     makeStatusBar();
@@ -57,7 +58,6 @@ QAction* MainWindow::addAction(const QString& text, const QString& tip, int orde
 {
     auto* action = new QAction(text, this);
     action->setStatusTip(tip);
-    action->setData(tip);
     m_menus.place(action, order, menu, menuOrder);
     return action;
 }
@@ -161,19 +161,64 @@ void MainWindow::placeBelowEquipment(QWidget* dialog) const
 void MainWindow::addModuleEntries(const QList<GuiElement*>& elements)
 {
     for (const GuiElement* element : elements) {
-        m_menus.place(element->menu_entry, element->menu_entry_order_number, element->menu_name,
+        QAction* action = element->menu_entry;
+        const bool anytime = element->action_active_during_measurement != 0;
+        QAction* shown = anytime ? action : makeStandIn(action);
+        m_menus.place(shown, element->menu_entry_order_number, element->menu_name,
                       element->menu_order_number);
-        m_moduleEntries.append({element->menu_entry, element->action_active_during_measurement != 0,
-                                element->content});
+        m_moduleEntries += ModuleEntry{action, shown, element->content};
     }
     followSystem();
 }
 
+// In the menu in the place of an entry that must not simply be triggered.
+QAction* MainWindow::makeStandIn(QAction* entry)
+{
+    auto* standIn = new QAction(this);
+    const auto follow = [entry, standIn] {
+        standIn->setText(entry->text());
+        standIn->setStatusTip(entry->statusTip());
+        standIn->setWhatsThis(entry->whatsThis());
+    };
+    follow();
+    connect(entry, &QAction::changed, standIn, follow);
+    connect(standIn, &QAction::triggered, this, [this, entry] { emit moduleEntryWanted(entry); });
+    return standIn;
+}
+
 void MainWindow::removeModuleEntries()
 {
-    for (const ModuleEntry& entry : qAsConst(m_moduleEntries))
-        m_menus.remove(entry.action);
+    for (const ModuleEntry& entry : qAsConst(m_moduleEntries)) {
+        m_menus.remove(entry.shown);
+        if (entry.shown != entry.action)
+            entry.shown->deleteLater();
+    }
     m_moduleEntries.clear();
+}
+
+void MainWindow::showConnected(const QString& details)
+{
+    m_isLost = false;
+    m_connection->showConnected(details);
+    m_systemView->setLastAnswer(QDateTime());
+    showTitle();
+    followSystem();
+}
+
+void MainWindow::showLost(const QDateTime& lastAnswer)
+{
+    m_isLost = true;
+    m_connection->showWaiting(lastAnswer);
+    m_systemView->setLastAnswer(lastAnswer);
+    showTitle();
+    followSystem();
+}
+
+// The title of the scenario tells how the system was before anything happened to it.
+void MainWindow::showTitle()
+{
+    const QString title = m_isLost ? tr("VORNIX3 %1 - %2 (no answer)") : tr("VORNIX3 %1 - %2");
+    setWindowTitle(title.arg(QLatin1String(frontendVersion), m_equipment.scenario().address()));
 }
 
 void MainWindow::setHasResults(bool has)
@@ -213,23 +258,29 @@ void MainWindow::followSystem()
 {
     const bool measuring = m_equipment.state().measurement != Measurement::Off;
     m_measurement->setText(measuring ? tr("Measurement runs") : tr("No measurement"));
-    const bool mustNotDisturb = measuring || m_equipment.isInOtherHands();
-    const bool isAtRest = !m_observer && m_equipment.isReachable() && !mustNotDisturb;
-    allow(m_searchHardware, isAtRest);
-    allow(m_startMeasurement, isAtRest);
-    m_stopMeasurement->setEnabled(!m_observer && measuring && !m_equipment.isInOtherHands());
-    for (const ModuleEntry& entry : qAsConst(m_moduleEntries))
-        entry.action->setEnabled(!isRunUnderWay() &&
-                                 (!mustNotDisturb || entry.activeDuringMeasurement));
-}
-
-// What an entry says of itself is why it cannot be used, if that is so for the run alone.
-void MainWindow::allow(QAction* action, bool isAllowed) const
-{
-    const bool isInTheWay = isAllowed && isRunUnderWay();
-    action->setEnabled(isAllowed && !isInTheWay);
-    action->setStatusTip(isInTheWay ? tr("Not as long as an update is under way")
-                                    : action->data().toString());
+    m_measurement->setEnabled(!m_isLost);
+    const bool answers = m_equipment.isReachable() && !m_isLost;
+    const bool isInOtherHands = m_equipment.isInOtherHands();
+    const QString whyNotStart = !answers          ? whyNotAnswered()
+                                : isRunUnderWay() ? whyNotDuringRun()
+                                : isInOtherHands  ? otherHostText(m_equipment)
+                                : measuring       ? tr("A measurement runs.")
+                                                  : QString();
+    const QString whyNotStop = !answers         ? whyNotAnswered()
+                               : isInOtherHands ? otherHostText(m_equipment)
+                               : !measuring     ? tr("No measurement runs.")
+                                                : QString();
+    permit(*m_searchHardware, m_observer ? whyObserversMayNot() : whyNotStart);
+    permit(*m_startMeasurement, m_observer ? whyObserversMayNot() : whyNotStart);
+    permit(*m_stopMeasurement, m_observer ? whyObserversMayNot() : whyNotStop);
+    for (const ModuleEntry& entry : qAsConst(m_moduleEntries)) {
+        if (entry.shown == entry.action) {
+            permit(*entry.action, isRunUnderWay() ? whyNotDuringRun() : QString());
+            continue;
+        }
+        permit(*entry.action, whyNotStart);
+        permit(*entry.shown, whyNotStart);
+    }
 }
 
 bool MainWindow::isRunUnderWay() const

@@ -5,6 +5,8 @@
 #include <ModuleInterface.h>
 #include <orderedmenus.h>
 
+#include <QAction>
+#include <QDateTime>
 #include <QMainWindow>
 #include <QPointer>
 #include <QVector>
@@ -30,15 +32,20 @@ public:
     /// @param observer whether the user may only look on
     MainWindow(Equipment& equipment, bool observer, QWidget* parent = nullptr);
 
-    /// The head of the window; owned by it.
-    ConnectionPanel& connection() { return *m_connection; }
+    /// The controllers answer. @param details one line about them
+    void showConnected(const QString& details);
+    /// The controllers do not answer, so that what is shown of them may be old.
+    /// @param lastAnswer invalid: there was none
+    void showLost(const QDateTime& lastAnswer);
+
     /// The frontend's log; owned by the window.
     LogView& log();
     /// Sets the folder that is proposed for a saved log.
     void setSaveFolder(const QString& folder);
 
     /// Places the menu entries of a module, which stay the module's. Those that must not be used
-    /// during a measurement are disabled as long as one runs.
+    /// during a measurement have to do with the controllers: they are disabled as long as one runs
+    /// or the controllers do not answer, and chosen by moduleEntryWanted().
     void addModuleEntries(const QList<GuiElement*>& elements);
     /// Takes all of them out again, to be called before the module goes.
     void removeModuleEntries();
@@ -69,6 +76,9 @@ public:
 signals:
     /// The theme is another one now, whoever changed it.
     void themeChanged(bool dark);
+    /// The user has chosen an entry of a module that has to do with the controllers; it is
+    /// triggered once that makes sense.
+    void moduleEntryWanted(QAction* entry);
     /// The user wants the controller to look for its hardware again.
     void hardwareSearchWanted();
     /// The user wants to see what became of the last update.
@@ -86,7 +96,7 @@ private:
     struct ModuleEntry
     {
         QAction* action;
-        bool activeDuringMeasurement;
+        QPointer<QAction> shown; ///< in the menu: the action, or what stands in for it
         QPointer<QWidget> window;
     };
 
@@ -94,10 +104,11 @@ private:
     QAction* addAction(const QString& text, const QString& tip, int order, const QString& menu,
                        int menuOrder);
     QWidget* makeContent();
+    QAction* makeStandIn(QAction* entry);
     void makeStatusBar();
     void placeBelowEquipment(QWidget* dialog) const;
     bool isRunUnderWay() const;
-    void allow(QAction* action, bool isAllowed) const;
+    void showTitle();
     void followSystem();
     void followRun();
     void beginRun();
@@ -108,6 +119,7 @@ private:
 
     Equipment& m_equipment;
     bool m_observer;
+    bool m_isLost = false;
     OrderedMenus m_menus;
     RunBanner* m_banner;
     ConnectionPanel* m_connection;

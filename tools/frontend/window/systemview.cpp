@@ -1,11 +1,14 @@
 #include "systemview.h"
 
 #include "faultdialog.h"
+#include "moment.h"
 #include "otherhostbanner.h"
+#include "permission.h"
 
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QLabel>
 #include <QPainter>
 #include <QPushButton>
 #include <QStyledItemDelegate>
@@ -43,6 +46,8 @@ public:
         QStyleOptionProgressBar bar;
         bar.rect = option.rect.adjusted(3, 3, -3, -3);
         bar.palette = option.palette;
+        if (index.data(Qt::ForegroundRole).isValid())
+            bar.palette.setCurrentColorGroup(QPalette::Disabled);
         bar.fontMetrics = option.fontMetrics;
         bar.direction = option.direction;
         bar.state = QStyle::State_Enabled | QStyle::State_Horizontal;
@@ -110,18 +115,13 @@ QHBoxLayout* rightAligned(const QList<QWidget*>& widgets)
 
 } // namespace
 
-SystemView::SystemView(Equipment& equipment, QWidget* parent)
-    : QWidget(parent), m_equipment(equipment), m_controllers(makeControllerTable(equipment, this)),
+SystemView::SystemView(Equipment& equipment, bool observer, QWidget* parent)
+    : QWidget(parent), m_equipment(equipment), m_observer(observer),
+      m_controllers(makeControllerTable(equipment, this)),
       m_cameras(makeCameraTable(equipment, this))
 {
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(makeControllers(), equipment.state().controllers.size());
-    if (!equipment.state().cameras.isEmpty())
-        layout->addWidget(makeCameras(), equipment.state().cameras.size());
-
+    makeTables();
     refresh();
-    followLock();
 
     // A stream of records changes the system more often than eyes can follow.
     m_refresh.setSingleShot(true);
@@ -133,25 +133,40 @@ SystemView::SystemView(Equipment& equipment, QWidget* parent)
     });
 }
 
+void SystemView::makeTables()
+{
+    const EquipmentState& state = m_equipment.state();
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    if (state.controllers.isEmpty()) {
+        layout->addWidget(
+            new QLabel(tr("A transcript is replayed; there are no devices to show.")));
+        return;
+    }
+    layout->addWidget(makeControllers(), state.controllers.size());
+    if (!state.cameras.isEmpty())
+        layout->addWidget(makeCameras(), state.cameras.size());
+}
+
 QWidget* SystemView::makeControllers()
 {
-    auto* group = new QGroupBox(tr("Controllers (simulated)"));
-    auto* layout = new QVBoxLayout(group);
-    layout->addWidget(makeDeviceView(m_controllers, group->title()));
+    m_controllerGroup = new QGroupBox;
+    auto* layout = new QVBoxLayout(m_controllerGroup);
+    layout->addWidget(makeDeviceView(m_controllers, titleOf(tr("Controllers"))));
     m_controllerPower = new QPushButton(tr("Power-c&ycle the controllers"));
     m_controllerPower->setObjectName(QStringLiteral("pushButton_powerCycleControllers"));
     m_controllerPower->setStatusTip(tr("Take power off all controllers and give it back"));
     connect(m_controllerPower, &QPushButton::clicked, this,
             [this] { m_equipment.perform({EquipmentCommand::Kind::PowerCycle}); });
     layout->addLayout(rightAligned({makeFaultButton(), m_controllerPower}));
-    return group;
+    return m_controllerGroup;
 }
 
 QWidget* SystemView::makeCameras()
 {
-    auto* group = new QGroupBox(tr("Cameras (simulated)"));
-    auto* layout = new QVBoxLayout(group);
-    m_cameraView = makeDeviceView(m_cameras, group->title());
+    m_cameraGroup = new QGroupBox;
+    auto* layout = new QVBoxLayout(m_cameraGroup);
+    m_cameraView = makeDeviceView(m_cameras, titleOf(tr("Cameras")));
     m_cameraView->setObjectName(QStringLiteral("tableView_cameras"));
     layout->addWidget(m_cameraView);
     m_cameraPower = new QPushButton(tr("&Power-cycle the selected cameras"));
@@ -159,9 +174,9 @@ QWidget* SystemView::makeCameras()
     m_cameraPower->setStatusTip(tr("Take power off the selected cameras and give it back"));
     connect(m_cameraPower, &QPushButton::clicked, this, &SystemView::powerCycleSelectedCameras);
     connect(m_cameraView->selectionModel(), &QItemSelectionModel::selectionChanged, this,
-            &SystemView::followLock);
+            &SystemView::refreshHands);
     layout->addLayout(rightAligned({m_cameraPower}));
-    return group;
+    return m_cameraGroup;
 }
 
 QPushButton* SystemView::makeFaultButton()
@@ -182,37 +197,68 @@ void SystemView::showFaults()
     m_faultDialog->activateWindow();
 }
 
+void SystemView::setLastAnswer(const QDateTime& lastAnswer)
+{
+    m_lastAnswer = lastAnswer;
+    refresh();
+}
+
+// Of a system that is at hand everything is seen as it is, also without power.
+QString SystemView::titleOf(const QString& devices) const
+{
+    if (m_equipment.isAtHand() || !m_lastAnswer.isValid())
+        return tr("%1 (simulated)").arg(devices);
+    return tr("%1 (simulated) as they were at %2").arg(devices, momentText(m_lastAnswer));
+}
+
 void SystemView::refresh()
 {
-    m_controllers->refresh();
-    m_cameras->refresh();
+    if (!m_controllerGroup)
+        return;
+    const bool isOld = m_lastAnswer.isValid() || !m_equipment.isAtHand();
+    m_controllers->refresh(isOld);
+    m_cameras->refresh(isOld);
+    m_controllerGroup->setTitle(titleOf(tr("Controllers")));
+    if (m_cameraGroup)
+        m_cameraGroup->setTitle(titleOf(tr("Cameras")));
+    refreshHands();
+}
+
+void SystemView::refreshHands()
+{
     const int armed = m_equipment.state().faults.armed().size();
     m_faults->setText(armed == 0 ? tr("Fa&ults on demand...")
                                  : tr("Fa&ults on demand (%1 armed)...").arg(armed));
-    followLock();
+    permit(*m_faults, whyHandsOff());
+    permit(*m_controllerPower, whyPowerStays());
+    if (!m_cameraPower)
+        return;
+    const bool isNoneSelected = !m_cameraView->selectionModel()->hasSelection();
+    permit(*m_cameraPower, whyPowerStays().isEmpty() && isNoneSelected
+                               ? tr("No camera is selected.")
+                               : whyPowerStays());
+}
+
+QString SystemView::whyHandsOff() const
+{
+    if (m_observer)
+        return whyObserversMayNot();
+    if (!m_equipment.isAtHand())
+        return whyNotAtHand();
+    return m_equipment.isInOtherHands() ? otherHostText(m_equipment) : QString();
+}
+
+QString SystemView::whyPowerStays() const
+{
+    if (!whyHandsOff().isEmpty() || !m_isPowerLocked)
+        return whyHandsOff();
+    return tr("%1 To see what a loss of power does to it, arm that fault.").arg(whyNotDuringRun());
 }
 
 void SystemView::setPowerLocked(bool isLocked)
 {
     m_isPowerLocked = isLocked;
-    followLock();
-}
-
-void SystemView::followLock()
-{
-    QString reason;
-    if (m_equipment.isInOtherHands())
-        reason = otherHostText(m_equipment);
-    else if (m_isPowerLocked)
-        reason = tr("Not as long as an update is under way. To see what a loss of power does to "
-                    "it, arm that fault.");
-    m_faults->setEnabled(!m_equipment.isInOtherHands());
-    m_controllerPower->setEnabled(reason.isEmpty());
-    m_controllerPower->setToolTip(reason);
-    if (!m_cameraPower)
-        return;
-    m_cameraPower->setEnabled(reason.isEmpty() && m_cameraView->selectionModel()->hasSelection());
-    m_cameraPower->setToolTip(reason);
+    refresh();
 }
 
 void SystemView::powerCycleSelectedCameras()

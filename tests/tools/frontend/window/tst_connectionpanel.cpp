@@ -4,6 +4,7 @@
 #include <remoteequipment.h>
 #include <windowtexts.h>
 
+#include <elsewhere.h>
 #include <widgettestmain.h>
 
 #include <QProgressBar>
@@ -52,9 +53,45 @@ private slots:
         panel.show();
         panel.showWaiting();
         QCOMPARE(windowTexts(panel), (QStringList{"Waiting for the controllers to come back...",
-                                                  "Nobody simulates them at the moment."}));
+                                                  "The simulated system cannot be reached."}));
         QVERIFY(panel.findChild<QPushButton*>("pushButton_power")->isHidden());
-        QCOMPARE(panel.findChild<QProgressBar*>()->value(), 0);
+        QVERIFY(panel.findChild<QProgressBar*>()->isHidden());
+    }
+
+    void lastAnswerIsTold()
+    {
+        SimulatedSite equipment("cascade");
+        equipment.system.restart();
+        const Elsewhere elsewhere("en_US", "XXX-5:45");
+        ConnectionPanel panel(equipment.system);
+        panel.show();
+        panel.showWaiting(QDateTime(QDate::currentDate(), QTime(9, 5, 7)));
+        QCOMPARE(windowTexts(panel), (QStringList{"No answer since 9:05:07 AM. Waiting for the "
+                                                  "controllers to come back...",
+                                                  "about 8 s"}));
+    }
+
+    void silenceUnderPowerIsNoRestart()
+    {
+        SimulatedSite site("cascade");
+        ConnectionPanel panel(site.system);
+        panel.show();
+        panel.showWaiting();
+        QCOMPARE(windowTexts(panel), (QStringList{"Waiting for the controllers to come back...",
+                                                  "They have power, but do not answer."}));
+        QVERIFY(panel.findChild<QProgressBar*>()->isHidden());
+    }
+
+    void observerGivesNoPower()
+    {
+        SimulatedSite equipment("cascade");
+        equipment.system.shutDown();
+        ConnectionPanel panel(equipment.system, true);
+        panel.show();
+        panel.showWaiting();
+        const auto* power = panel.findChild<QPushButton*>("pushButton_power");
+        QVERIFY(power->isVisible() && !power->isEnabled());
+        QCOMPARE(power->toolTip(), QString("An observer only looks on."));
     }
 
     void whoHasNoPowerIsGivenIt()

@@ -1,6 +1,5 @@
 #include <simulatorfixtures.h>
 
-#include <connectionpanel.h>
 #include <logview.h>
 #include <mainwindow.h>
 #include <runmonitor.h>
@@ -81,7 +80,9 @@ class TestMainWindow : public QObject
     Q_OBJECT
 
 private slots:
-    void titleTellsVersionAndScenario();
+    void titleTellsVersionAndSystem();
+    void lossIsToldEverywhere();
+    void entriesThatNeedTheControllersAreAskedFor();
     void moduleEntriesStandAmongTheFrontends();
     void measurementForbidsSomeEntries();
     void observerOnlyLooksOn();
@@ -103,11 +104,77 @@ private slots:
     void everythingIsReachedByKeyboard();
 };
 
-void TestMainWindow::titleTellsVersionAndScenario()
+void TestMainWindow::titleTellsVersionAndSystem()
 {
     SimulatedSystem system(shippedScenario("cascade"));
     const MainWindow window(system, false);
-    QCOMPARE(window.windowTitle(), "VORNIX3 v3.3.0 - " + system.scenario().title);
+    QCOMPARE(window.windowTitle(), QString("VORNIX3 v3.3.0 - 192.168.7.20"));
+}
+
+void TestMainWindow::lossIsToldEverywhere()
+{
+    SimulatedSystem system(shippedScenario("cascade"));
+    MainWindow window(system, false);
+    const ModuleEntries module;
+    window.addModuleEntries(module.elements);
+    const QString stop = "S&top: No measurement runs.";
+    const QStringList possible = {"Search for &hardware...: yes", "&Start: yes", stop,
+                                  "Anytime: yes", "Not while measuring: yes"};
+    const auto permissions = [&] {
+        QStringList texts;
+        for (const char* text :
+             {"Search for &hardware...", "&Start", "S&top", "Anytime", "Not while measuring"}) {
+            const QAction* action = actionWith(window, text);
+            texts += QString("%1: %2").arg(text, action->isEnabled() ? QString("yes")
+                                                                     : action->toolTip());
+        }
+        return texts;
+    };
+    QCOMPARE(permissions(), possible);
+    const auto* table = window.findChild<QTableView*>();
+    const auto isGrey = [&] {
+        return table->model()->index(0, 0).data(Qt::ForegroundRole).isValid();
+    };
+
+    window.showLost(QDateTime::currentDateTime());
+    const QString gone = "The controllers do not answer.";
+    QCOMPARE(permissions(),
+             (QStringList{"Search for &hardware...: " + gone, "&Start: " + gone, "S&top: " + gone,
+                          "Anytime: yes", "Not while measuring: " + gone}));
+    QCOMPARE(window.windowTitle(), QString("VORNIX3 v3.3.0 - 192.168.7.20 (no answer)"));
+    QVERIFY(isGrey());
+    window.show();
+    QVERIFY(window.findChild<QWidget*>("waitingPage")->isVisible());
+
+    window.showConnected("details");
+    QCOMPARE(permissions(), possible);
+    QCOMPARE(window.windowTitle(), QString("VORNIX3 v3.3.0 - 192.168.7.20"));
+    QVERIFY(!isGrey());
+    QVERIFY(!window.findChild<QWidget*>("waitingPage")->isVisible());
+    window.removeModuleEntries();
+}
+
+void TestMainWindow::entriesThatNeedTheControllersAreAskedFor()
+{
+    SimulatedSystem system(shippedScenario("cascade"));
+    MainWindow window(system, false);
+    ModuleEntries module;
+    window.addModuleEntries(module.elements);
+    QStringList happened;
+    connect(&window, &MainWindow::moduleEntryWanted, &window,
+            [&](QAction* entry) { happened += "wanted: " + entry->text(); });
+    connect(&module.noMeasurement, &QAction::triggered, &window, [&] { happened += "opened"; });
+    connect(&module.anytime, &QAction::triggered, &window, [&] { happened += "opened anyway"; });
+    actionWith(window, "Not while measuring")->trigger();
+    actionWith(window, "Anytime")->trigger();
+    QCOMPARE(happened, (QStringList{"wanted: Not while measuring", "opened anyway"}));
+
+    // What stands in for an entry follows it.
+    module.noMeasurement.setText("Other text");
+    module.noMeasurement.setStatusTip("tip");
+    QCOMPARE(actionWith(window, "Other text")->statusTip(), QString("tip"));
+    window.removeModuleEntries();
+    QVERIFY(!actionWith(window, "Other text"));
 }
 
 void TestMainWindow::moduleEntriesStandAmongTheFrontends()
@@ -256,7 +323,7 @@ void TestMainWindow::nothingDisturbsARun()
     const QVector<bool> all(6, true);
     const QVector<bool> none(6, false);
     QCOMPARE(usable(), all);
-    const QString usualTip = search->statusTip();
+    const QString usualTip = search->toolTip();
 
     QDialog dialog(&window);
     inARunOf(dialog, runs, [&] {
@@ -266,8 +333,8 @@ void TestMainWindow::nothingDisturbsARun()
         system.armFault(Fault());
         system.disarmFaults();
         QCOMPARE(usable(), none);
-        QCOMPARE(search->statusTip(), QString("Not as long as an update is under way"));
-        QCOMPARE(start->statusTip(), QString("Not as long as an update is under way"));
+        QCOMPARE(search->toolTip(), QString("Not as long as an update is under way."));
+        QCOMPARE(start->toolTip(), QString("Not as long as an update is under way."));
         QCOMPARE(power->toolTip(),
                  QString("Not as long as an update is under way. To see what a loss of power does "
                          "to it, arm that fault."));
@@ -286,7 +353,7 @@ void TestMainWindow::nothingDisturbsARun()
             QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     });
     QCOMPARE(usable(), all);
-    QCOMPARE(search->statusTip(), usualTip);
+    QCOMPARE(search->toolTip(), usualTip);
     QCOMPARE(power->toolTip(), QString());
     window.removeModuleEntries();
 }
@@ -478,10 +545,10 @@ void TestMainWindow::nothingIsCutOff()
     system.armFault(Fault());
     system.shutDown();
     if (isConnected)
-        window.connection().showConnected("Model ZAN, tracking software v3.1.0, controller "
-                                          "firmware v1.2, command protocol v1.23");
+        window.showConnected("Model ZAN, tracking software v3.1.0, controller "
+                             "firmware v1.2, command protocol v1.23");
     else
-        window.connection().showWaiting();
+        window.showLost(QDateTime::currentDateTime());
     // 150 % of it fits on a screen of 1600 by 1000; larger fonts alone may ask for more.
     const QSize small(1013, 632);
     window.resize(small);

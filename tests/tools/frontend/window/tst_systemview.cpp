@@ -1,10 +1,15 @@
 #include <simulatorfixtures.h>
 
 #include <devicetables.h>
+#include <remoteequipment.h>
+#include <replayaccess.h>
 #include <systemview.h>
+#include <windowtexts.h>
 
+#include <elsewhere.h>
 #include <widgettestmain.h>
 
+#include <QGroupBox>
 #include <QPushButton>
 #include <QTableView>
 
@@ -25,6 +30,49 @@ QVariant progressOf(const QAbstractItemModel& model, int row)
     return model.index(row, model.columnCount() - 1).data(progressRole);
 }
 
+/// Equipment that cannot be reached.
+struct NotAtHand
+{
+    RemoteEquipment equipment{Endpoint{QHostAddress(QHostAddress::LocalHost), 1},
+                              shippedScenario("controllers-and-cameras")};
+};
+
+bool isGrey(const QTableView& table)
+{
+    const QBrush grey = QGuiApplication::palette().brush(QPalette::Disabled, QPalette::Text);
+    for (int column = 0; column < table.model()->columnCount(); ++column) {
+        const QVariant brush = table.model()->index(0, column).data(Qt::ForegroundRole);
+        if (!brush.isValid() || brush.value<QBrush>() != grey)
+            return false;
+    }
+    return true;
+}
+
+bool isAnyGrey(const SystemView& view)
+{
+    const auto tables = view.findChildren<QTableView*>();
+    return std::any_of(tables.begin(), tables.end(),
+                       [](const QTableView* table) { return isGrey(*table); });
+}
+
+QStringList titlesOf(const SystemView& view)
+{
+    QStringList titles;
+    for (const QGroupBox* group : view.findChildren<QGroupBox*>())
+        titles += group->title();
+    return titles;
+}
+
+/// Each button with why it cannot be pressed, such as "Fa&ults on demand...: no" or "...: yes".
+QStringList permissionsOf(const SystemView& view)
+{
+    QStringList texts;
+    for (const QPushButton* button : view.findChildren<QPushButton*>())
+        texts += QString("%1: %2").arg(button->text(),
+                                       button->isEnabled() ? QString("yes") : button->toolTip());
+    return texts;
+}
+
 } // namespace
 
 class TestSystemView : public QObject
@@ -41,6 +89,11 @@ private slots:
     void selectedCamerasArePowerCycled();
     void controllersArePowerCycled();
     void withoutCamerasThereIsNoTableOfThem();
+    void replayHasNoDevices();
+    void whatMayBeOtherwiseByNowIsGrey();
+    void whatIsNotAtHandIsOldAndCannotBeTouched();
+    void handsAreKeptOffWithAReason_data();
+    void handsAreKeptOffWithAReason();
 };
 
 void TestSystemView::controllerIsShownWithAllItIs()
@@ -167,6 +220,75 @@ void TestSystemView::withoutCamerasThereIsNoTableOfThem()
     SimulatedSystem system(shippedScenario("single"));
     const SystemView view(system);
     QVERIFY(!view.findChild<QTableView*>("tableView_cameras"));
+}
+
+void TestSystemView::replayHasNoDevices()
+{
+    ReplayAccess replay(Transcript{"visit.transcript", {{{}, {}, {}, {}}, false}, {}, 0});
+    SystemView view(replay.equipment());
+    view.show();
+    QCOMPARE(windowTexts(view),
+             QStringList{"A transcript is replayed; there are no devices to show."});
+    QVERIFY(view.findChildren<QTableView*>().isEmpty());
+    view.setLastAnswer(QDateTime::currentDateTime());
+}
+
+// The system is at hand, so that it is seen how it restarts; but nothing comes from its devices.
+void TestSystemView::whatMayBeOtherwiseByNowIsGrey()
+{
+    SimulatedSystem system(shippedScenario("controllers-and-cameras"));
+    SystemView view(system);
+    QVERIFY(!isAnyGrey(view));
+    view.setLastAnswer(QDateTime::currentDateTime());
+    for (const QTableView* table : view.findChildren<QTableView*>())
+        QVERIFY(isGrey(*table));
+    QCOMPARE(titlesOf(view), (QStringList{"Controllers (simulated)", "Cameras (simulated)"}));
+    view.setLastAnswer(QDateTime());
+    QVERIFY(!isAnyGrey(view));
+}
+
+void TestSystemView::whatIsNotAtHandIsOldAndCannotBeTouched()
+{
+    const Elsewhere elsewhere("de_DE", "XXX-5:45");
+    NotAtHand gone;
+    SystemView view(gone.equipment);
+    for (const QTableView* table : view.findChildren<QTableView*>())
+        QVERIFY(isGrey(*table));
+    QCOMPARE(titlesOf(view), (QStringList{"Controllers (simulated)", "Cameras (simulated)"}));
+    view.setLastAnswer(QDateTime(QDate::currentDate(), QTime(14, 3, 22)));
+    QCOMPARE(titlesOf(view), (QStringList{"Controllers (simulated) as they were at 14:03:22",
+                                          "Cameras (simulated) as they were at 14:03:22"}));
+}
+
+void TestSystemView::handsAreKeptOffWithAReason_data()
+{
+    QTest::addColumn<bool>("isAtHand");
+    QTest::addColumn<bool>("observer");
+    QTest::addColumn<QString>("controllers");
+    QTest::addColumn<QString>("camera");
+    const QString gone = "The simulated system cannot be reached.";
+    const QString observer = "An observer only looks on.";
+    QTest::newRow("an operator may") << true << false << "yes"
+                                     << "No camera is selected.";
+    QTest::newRow("an observer may not") << true << true << observer << observer;
+    QTest::newRow("nobody may who does not reach it") << false << false << gone << gone;
+    QTest::newRow("an observer may not at all") << false << true << observer << observer;
+}
+
+void TestSystemView::handsAreKeptOffWithAReason()
+{
+    QFETCH(const bool, isAtHand);
+    QFETCH(const bool, observer);
+    QFETCH(const QString, controllers);
+    QFETCH(const QString, camera);
+    SimulatedSystem system(shippedScenario("controllers-and-cameras"));
+    NotAtHand gone;
+    SystemView view(isAtHand ? static_cast<Equipment&>(system) : gone.equipment, observer);
+    QCOMPARE(permissionsOf(view), (QStringList{"Fa&ults on demand...: " + controllers,
+                                               "Power-c&ycle the controllers: " + controllers,
+                                               "&Power-cycle the selected cameras: " + camera}));
+    view.findChild<QTableView*>("tableView_cameras")->selectRow(0);
+    QCOMPARE(permissionsOf(view).constLast(), "&Power-cycle the selected cameras: " + controllers);
 }
 
 ZAN_WIDGET_TEST_MAIN(TestSystemView)
