@@ -1,13 +1,11 @@
 #include "blockstream.h"
 
 #include "ZanData.h"
-#include "fixtureimages.h"
+#include "blockcases.h"
 #include "littleendianreader.h"
 #include "markingtranslator.h"
 #include "scriptedchannel.h"
 #include "testmain.h"
-
-#include <functional>
 
 /// One block of one image file, on its way to a controller.
 struct Streaming
@@ -47,34 +45,6 @@ struct Streaming
     long end = 0;
 };
 
-static ControllerImage testImage(const QVector<ControllerImageBlock>& blocks)
-{
-    return releaseImage(VersionInfo(3, 1, 0), VersionInfo(1, 1), blocks);
-}
-
-using Change = std::function<void(ControllerImageBlock&)>;
-
-/// Bytes that a case is made from, by changing one field of a good image.
-static QByteArray fileWith(const Change& change)
-{
-    ControllerImage image = testImage({blockOf(FirmwareBlock)});
-    change(image.blocks.first());
-    return controllerImageBytes(image);
-}
-
-static QByteArray goodFile()
-{
-    return fileWith([](ControllerImageBlock&) {});
-}
-
-static QByteArray briarscopeFile(quint16 magic)
-{
-    ControllerImage image = testImage({blockOf(FirmwareBlock)});
-    image.modelFamily = briarscopeFamily;
-    image.blocks.first().magic = magic;
-    return controllerImageBytes(image);
-}
-
 /// A block's way to a controller, without any window.
 class TestBlockStream : public QObject
 {
@@ -106,22 +76,15 @@ private slots:
 
 // ---- What goes out
 
-static const QString FIRST = QStringLiteral(R"(set_value "system update 2 1 BIwA")");
-
 void TestBlockStream::sendsTheWorkedExample()
 {
-    // A header that says: one firmware block, at the byte behind it.
-    QByteArray file = goodFile();
-    file.truncate(
-        ZanData(FixtureFolder().write(QStringLiteral("head"), file)).getUpdateBlock(0)->offset);
-    file += QByteArray::fromHex("58A2 0300 616263 02000000 0300 0300010203 0100FF");
-    Streaming streaming(file);
+    Streaming streaming(workedExample());
     streaming.stream();
     QCOMPARE(streaming.outcome.result, 0);
     QCOMPARE(streaming.outcome.message, QString());
     QCOMPARE(streaming.channel.log(),
-             (QStringList{FIRST, "prepare_reply 1 20000 1", R"(set_value "system update 2 2 /D")",
-                          "poll_reply 3"}));
+             (QStringList{firstRecord(), "prepare_reply 1 20000 1",
+                          R"(set_value "system update 2 2 /D")", "poll_reply 3"}));
 }
 
 static QStringList lastOnly(const QString& command, int timeoutMs = 20000)
@@ -137,11 +100,11 @@ void TestBlockStream::sendsRecords_data()
 
     const QByteArray longRecord(120, '\0');
     const QString longText(160, QLatin1Char('A'));
-    const auto row = [](const char* name, const QStringList& log, const Change& change) {
+    const auto row = [](const char* name, const QStringList& log, const BlockChange& change) {
         QTest::newRow(name) << fileWith(change) << log;
     };
     row("a firmware block goes out as update and gets 20 seconds at its end",
-        QStringList{FIRST} + lastOnly("update 2 2 /D"), [](ControllerImageBlock&) {});
+        QStringList{firstRecord()} + lastOnly("update 2 2 /D"), [](ControllerImageBlock&) {});
     row("a system block goes out as ctupdt and gets two minutes at its end",
         QStringList{R"(set_value "system ctupdt 2 1 BIwA")"} + lastOnly("ctupdt 2 2 /D", 120000),
         [](ControllerImageBlock& block) { block.type = SystemBlock; });
@@ -181,7 +144,7 @@ void TestBlockStream::sendsRecords_data()
             block.length = 1;
         });
     QTest::newRow("an image of the model family 21 has a magic of its own")
-        << briarscopeFile(41562) << QStringList{FIRST} + lastOnly("update 2 2 /D");
+        << briarscopeFile(41562) << QStringList{firstRecord()} + lastOnly("update 2 2 /D");
 }
 
 void TestBlockStream::sendsRecords()
@@ -224,24 +187,19 @@ void TestBlockStream::sendsEightyThousandRecords()
 
 void TestBlockStream::sendsNothingWithoutRecords_data()
 {
-    QTest::addColumn<quint32>("recordCount");
-    QTest::addColumn<QString>("begin");
-    QTest::newRow("the block has no records") << 0U << "0/0 after 0 calls";
-    QTest::newRow("the number of records is negative") << 0xFFFFFFFFU << "0/-1 after 0 calls";
-    QTest::newRow("the number of records is as low as can be")
-        << 0x80000000U << "0/-2147483648 after 0 calls";
+    addRowsWithoutRecords();
 }
 
 void TestBlockStream::sendsNothingWithoutRecords()
 {
     QFETCH(const quint32, recordCount);
-    QFETCH(const QString, begin);
+    QFETCH(const int, records);
     Streaming streaming(
         fileWith([=](ControllerImageBlock& block) { block.recordCount = recordCount; }));
     streaming.stream();
     QCOMPARE(streaming.outcome.result, 0);
     QCOMPARE(streaming.channel.log(), QStringList());
-    QCOMPARE(streaming.ticks, QStringList{begin});
+    QCOMPARE(streaming.ticks, QStringList{QStringLiteral("0/%1 after 0 calls").arg(records)});
 }
 
 void TestBlockStream::leavesTheStreamBehindTheRecords()
@@ -259,62 +217,7 @@ static const QString NO_UPDATE_FILE = QStringLiteral("no software update file ")
 
 void TestBlockStream::refusesBadFiles_data()
 {
-    QTest::addColumn<QByteArray>("file");
-    QTest::addColumn<int>("result");
-    QTest::addColumn<int>("record");
-    QTest::addColumn<QStringList>("log");
-
-    const auto row = [](const char* name, int result, int record, const Change& change,
-                        const QStringList& log = {}) {
-        QTest::newRow(name) << fileWith(change) << result << record << log;
-    };
-    row("the magic is another one", -4, 0,
-        [](ControllerImageBlock& block) { block.magic = 41561; });
-    row("the magic is that of model family 21 in an image of another", -4, 0,
-        [](ControllerImageBlock& block) { block.magic = 41562; });
-    row("the text is 50 bytes long", -4, 0,
-        [](ControllerImageBlock& block) { block.text = QByteArray(50, 'x'); });
-    row("the text claims to be as long as can be", -4, 0,
-        [](ControllerImageBlock& block) { block.textLength = 0xFFFF; });
-    row("the first record is one byte above the block's limit", -4, 1,
-        [](ControllerImageBlock& block) { block.maxRecordLength = 2; });
-    row("a later record is one byte above the block's limit", -4, 2,
-        [](ControllerImageBlock& block) {
-            block.records[1] = QByteArray(4, 'x');
-            block.maxRecordLength = 3;
-        },
-        {FIRST});
-    row("a record of 121 bytes, although the block's limit allows it", -4, 1,
-        [](ControllerImageBlock& block) {
-            block.records = {QByteArray(121, 'x')};
-            block.maxRecordLength = 200;
-        });
-    row("a record as long as can be, although the block's limit allows it", -4, 1,
-        [](ControllerImageBlock& block) {
-            block.records = {QByteArray(0xFFFF, 'x')};
-            block.maxRecordLength = 0xFFFF;
-        });
-    row("a record claims more bytes than the file holds", -3, 2,
-        [](ControllerImageBlock& block) {
-            block.records[1].announcedLength = 2;
-            block.maxRecordLength = 120;
-        },
-        {FIRST});
-    row("more records are announced than the file holds", -3, 3,
-        [](ControllerImageBlock& block) { block.recordCount = 3; },
-        {R"(set_value "system update 3 1 BIwA")", R"(set_value "system update 3 2 /D")"});
-    row("two thousand million records are announced", -3, 3,
-        [](ControllerImageBlock& block) { block.recordCount = 0x7FFFFFFF; },
-        {R"(set_value "system update 2147483647 1 BIwA")",
-         R"(set_value "system update 2147483647 2 /D")"});
-    row("the block begins at the end of the file", -3, 0,
-        [](ControllerImageBlock& block) { block.offset = goodFile().size(); });
-    row("the block begins far behind the end of the file", -3, 0,
-        [](ControllerImageBlock& block) { block.offset = 0x7FFFFFFF; });
-    row("the block begins before the start of the file", -4, 0,
-        [](ControllerImageBlock& block) { block.offset = 0xFFFFFFFF; });
-    QTest::newRow("the magic is another model family's in an image of model family 21")
-        << briarscopeFile(41560) << -4 << 0 << QStringList();
+    addRowsOfBadFiles();
 }
 
 void TestBlockStream::refusesBadFiles()
@@ -370,7 +273,7 @@ void TestBlockStream::refusesATruncatedBlock()
     QCOMPARE(streaming.outcome.result, -3);
     QCOMPARE(streaming.outcome.message, CANNOT_READ + streaming.path);
     QCOMPARE(streaming.outcome.record, record);
-    QCOMPARE(streaming.channel.log(), QStringList{FIRST}.mid(0, qMax(record - 1, 0)));
+    QCOMPARE(streaming.channel.log(), QStringList{firstRecord()}.mid(0, qMax(record - 1, 0)));
 }
 
 void TestBlockStream::endsWithTheFirstFailedRecord()
@@ -412,15 +315,7 @@ void TestBlockStream::doesNotTranslateItsMessages()
 
 void TestBlockStream::ticksOnceInAThousandRecords_data()
 {
-    QTest::addColumn<int>("records");
-    QTest::addColumn<QVector<int>>("ticks");
-
-    QTest::newRow("the only record ticks once") << 1 << QVector<int>{1};
-    QTest::newRow("the first and the last of two") << 2 << QVector<int>{1, 2};
-    QTest::newRow("the last of a thousand") << 1000 << QVector<int>{1, 1000};
-    QTest::newRow("record 1001 is the last one and ticks once") << 1001 << QVector<int>{1, 1001};
-    QTest::newRow("once in a thousand records, and at the last")
-        << 2500 << QVector<int>{1, 1001, 2001, 2500};
+    addRowsOfTicks();
 }
 
 void TestBlockStream::ticksOnceInAThousandRecords()

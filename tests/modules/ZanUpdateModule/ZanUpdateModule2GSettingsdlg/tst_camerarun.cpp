@@ -4,6 +4,7 @@
 #include "shownprogress.h"
 
 #include <ZanDisplay.h>
+#include <cameracases.h>
 #include <camupdatedata.h>
 #include <imagewriter.h>
 #include <memorystream.h>
@@ -11,8 +12,6 @@
 
 #include <QMap>
 #include <QTimer>
-
-Q_DECLARE_METATYPE(ScriptedAnswers)
 
 /// One camera row of a run, with a camera of the given number and model.
 class CameraRowFixture : public DialogFixture
@@ -107,15 +106,6 @@ static CameraUpdateFile fileOfTwoRecords()
 {
     return fileOf({{shortRecord(1), shortRecord(2)}});
 }
-
-static QString sent(const char* command)
-{
-    return QStringLiteral(R"(send_command "vornix2 set camera update %1")")
-        .arg(QLatin1String(command));
-}
-
-static const QString POLL = QStringLiteral("poll_reply 3");
-static const QString PREPARE = QStringLiteral("prepare_reply 1 40000 1");
 
 // ---- A row that succeeds
 
@@ -266,9 +256,6 @@ static int imageOffset(const CameraUpdateFile& file)
     return cameraUpdateBytes(head).size() + 20 * file.images.size();
 }
 
-using Script = std::function<void(ScriptedChannel&)>;
-Q_DECLARE_METATYPE(Script)
-
 /// One of the three functions with what it returned, and what should stand in the dialog now.
 static void verify(CameraRowFixture& fixture, int result, int code, const QString& message, int bar,
                    const QStringList& log)
@@ -302,31 +289,7 @@ static void verifyOutcome(CameraRowFixture& fixture, const CameraUpdateFile& fil
 
 void CameraRun::looksAtEveryReply_data()
 {
-    QTest::addColumn<ScriptedAnswers>("answer");
-    QTest::addColumn<int>("code");
-
-    const auto rowOf = [](const char* name, const ScriptedAnswers& answer, int code) {
-        QTest::newRow(name) << answer << code;
-    };
-    const auto row = [&](const char* name, const QByteArray& reply, int code) {
-        rowOf(name, ScriptedAnswers().reply(reply), code);
-    };
-    row("a confirmation", "vornix2 ok", 0);
-    rowOf("no reply at all", ScriptedAnswers().succeed(), 0);
-    rowOf("200 bytes without an end", ScriptedAnswers().replyUnterminated(QByteArray(200, '\xE4')),
-          0);
-
-    row("the error of a camera", "vornix2 err -26", -300);
-    rowOf(
-        "the error in 200 bytes without an end",
-        ScriptedAnswers().replyUnterminated(QByteArray("vornix2 err -26").leftJustified(200, 'x')),
-        -300);
-
-    row("an error without a number", "vornix2 err", -333);
-    row("another error", "vornix2 err -27", -333);
-    rowOf("an error in 200 bytes without an end",
-          ScriptedAnswers().replyUnterminated(QByteArray("vornix2 err").leftJustified(200, '\xE4')),
-          -333);
+    addRowsOfReplies();
 }
 
 void CameraRun::looksAtEveryReply()
@@ -353,31 +316,7 @@ void CameraRun::looksAtEveryReply()
 
 void CameraRun::endsWithAChannelThatFails_data()
 {
-    QTest::addColumn<Script>("script");
-    QTest::addColumn<int>("code");
-    QTest::addColumn<int>("calls");
-
-    const auto row = [](const char* name, int code, int calls, const Script& script) {
-        QTest::newRow(name) << script << code << calls;
-    };
-    const auto command = [](const char* record) {
-        return QByteArray("vornix2 set camera update c01 2 ") + record;
-    };
-    row("at the first record", -200, 1,
-        [=](ScriptedChannel& channel) { channel.on(command("1 BA")).fail(); });
-    row("at the first record, with an error reply", -200, 1,
-        [=](ScriptedChannel& channel) { channel.on(command("1 BA")).fail("vornix2 err -26"); });
-    row("that is dead", -200, 1, [](ScriptedChannel& channel) { channel.die(); });
-    row("at the last record, which does not count", 0, 4,
-        [=](ScriptedChannel& channel) { channel.on(command("2 CA")).fail("vornix2 ok"); });
-    row("at the last record, with an error reply that counts", -300, 4,
-        [=](ScriptedChannel& channel) { channel.on(command("2 CA")).fail("vornix2 err -26"); });
-    row("when the last reply is waited for", -222, 4,
-        [](ScriptedChannel& channel) { channel.onPoll().fail(); });
-    row("when the last reply, an error, is waited for", -222, 4, [=](ScriptedChannel& channel) {
-        channel.on(command("2 CA")).reply("vornix2 err -26");
-        channel.onPoll().fail();
-    });
+    addRowsOfFailingChannels();
 }
 
 void CameraRun::endsWithAChannelThatFails()

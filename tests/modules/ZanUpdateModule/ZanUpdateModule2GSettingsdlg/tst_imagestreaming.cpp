@@ -1,9 +1,9 @@
 #include "dialogfixture.h"
 #include "exposeddialog.h"
-#include "fixtureimages.h"
 #include "shownprogress.h"
 
 #include <ZanData.h>
+#include <blockcases.h>
 #include <imagewriter.h>
 #include <markingtranslator.h>
 #include <widgettestmain.h>
@@ -41,24 +41,6 @@ public:
     ZanData image;
     int filesLeftOpen = 0;
 };
-
-static ControllerImage testImage(const QVector<ControllerImageBlock>& blocks)
-{
-    return releaseImage(VersionInfo(3, 1, 0), VersionInfo(1, 1), blocks);
-}
-
-/// Bytes that a case of bad input is made from, by changing one field of a good image.
-static QByteArray fileWith(const std::function<void(ControllerImageBlock&)>& change)
-{
-    ControllerImage image = testImage({blockOf(FirmwareBlock)});
-    change(image.blocks.first());
-    return controllerImageBytes(image);
-}
-
-static QByteArray goodFile()
-{
-    return fileWith([](ControllerImageBlock&) {});
-}
 
 class ImageStreaming : public QObject
 {
@@ -110,14 +92,7 @@ void ImageStreaming::encodesRecords()
 
 void ImageStreaming::sendsTheWorkedExample()
 {
-    // A header that says: one firmware block, at the byte behind it.
-    ControllerImage head = testImage({blockOf(FirmwareBlock)});
-    QByteArray file = controllerImageBytes(head);
-    file.truncate(
-        ZanData(FixtureFolder().write(QStringLiteral("head"), file)).getUpdateBlock(0)->offset);
-    file += QByteArray::fromHex("58A2 0300 616263 02000000 0300 0300010203 0100FF");
-
-    Streaming streaming(file);
+    Streaming streaming(workedExample());
     QCOMPARE(streaming.stream(), 0);
     QCOMPARE(streaming.channel.log(), (QStringList{
                                           R"(set_value "system update 2 1 BIwA")",
@@ -170,10 +145,7 @@ void ImageStreaming::sendsEightyThousandRecords()
 
 void ImageStreaming::sendsNothingWithoutRecords_data()
 {
-    QTest::addColumn<quint32>("recordCount");
-    QTest::newRow("the block has no records") << 0U;
-    QTest::newRow("the number of records is negative") << 0xFFFFFFFFU;
-    QTest::newRow("the number of records is as low as can be") << 0x80000000U;
+    addRowsWithoutRecords();
 }
 
 void ImageStreaming::sendsNothingWithoutRecords()
@@ -202,84 +174,17 @@ static const char* const NO_UPDATE_FILE = "no software update file ";
 
 void ImageStreaming::refusesBadFiles_data()
 {
-    QTest::addColumn<QByteArray>("file");
-    QTest::addColumn<int>("result");
-    QTest::addColumn<QString>("message");
-    QTest::addColumn<int>("bar");
-    QTest::addColumn<QStringList>("log");
-
-    const auto refused = [](const char* name, int result, const char* message, int bar,
-                            const std::function<void(ControllerImageBlock&)>& change,
-                            const QStringList& log = {}) {
-        QTest::newRow(name) << fileWith(change) << result << QString::fromLatin1(message) << bar
-                            << log;
-    };
-    const QStringList firstRecord{R"(set_value "system update 2 1 BIwA")"};
-
-    refused("the magic is another one", -4, NO_UPDATE_FILE, 1,
-            [](ControllerImageBlock& block) { block.magic = 41561; });
-    refused("the magic is that of model family 21 in an image of another", -4, NO_UPDATE_FILE, 1,
-            [](ControllerImageBlock& block) { block.magic = 41562; });
-    refused("the text is 50 bytes long", -4, NO_UPDATE_FILE, 1,
-            [](ControllerImageBlock& block) { block.text = QByteArray(50, 'x'); });
-    refused("the text claims to be as long as can be", -4, NO_UPDATE_FILE, 1,
-            [](ControllerImageBlock& block) { block.textLength = 0xFFFF; });
-    refused("the first record is one byte above the block's limit", -4, NO_UPDATE_FILE, 50,
-            [](ControllerImageBlock& block) { block.maxRecordLength = 2; });
-    refused(
-        "a later record is one byte above the block's limit", -4, NO_UPDATE_FILE, 98,
-        [](ControllerImageBlock& block) {
-            block.records[1] = QByteArray(4, 'x');
-            block.maxRecordLength = 3;
-        },
-        firstRecord);
-    refused("a record of 121 bytes, although the block's limit allows it", -4, NO_UPDATE_FILE, 98,
-            [](ControllerImageBlock& block) {
-                block.records = {QByteArray(121, 'x')};
-                block.maxRecordLength = 200;
-            });
-    refused("a record as long as can be, although the block's limit allows it", -4, NO_UPDATE_FILE,
-            98, [](ControllerImageBlock& block) {
-                block.records = {QByteArray(0xFFFF, 'x')};
-                block.maxRecordLength = 0xFFFF;
-            });
-    refused(
-        "a record claims more bytes than the file holds", -3, CANNOT_READ, 98,
-        [](ControllerImageBlock& block) {
-            block.records[1].announcedLength = 2;
-            block.maxRecordLength = 120;
-        },
-        firstRecord);
-    refused("more records are announced than the file holds", -3, CANNOT_READ, 98,
-            [](ControllerImageBlock& block) { block.recordCount = 3; },
-            {R"(set_value "system update 3 1 BIwA")", R"(set_value "system update 3 2 /D")"});
-    refused("two thousand million records are announced", -3, CANNOT_READ, 1,
-            [](ControllerImageBlock& block) { block.recordCount = 0x7FFFFFFF; },
-            {R"(set_value "system update 2147483647 1 BIwA")",
-             R"(set_value "system update 2147483647 2 /D")"});
-    refused("the block begins at the end of the file", -3, CANNOT_READ, 1,
-            [](ControllerImageBlock& block) { block.offset = goodFile().size(); });
-    refused("the block begins far behind the end of the file", -3, CANNOT_READ, 1,
-            [](ControllerImageBlock& block) { block.offset = 0x7FFFFFFF; });
-    refused("the block begins before the start of the file", -4, NO_UPDATE_FILE, 1,
-            [](ControllerImageBlock& block) { block.offset = 0xFFFFFFFF; });
-
-    ControllerImage briarscope = testImage({blockOf(FirmwareBlock)});
-    briarscope.modelFamily = briarscopeFamily;
-    briarscope.blocks.first().magic = 41560;
-    QTest::newRow("the magic is another model family's in an image of model family 21")
-        << controllerImageBytes(briarscope) << -4 << QString::fromLatin1(NO_UPDATE_FILE) << 1
-        << QStringList();
+    addRowsOfBadFiles();
 }
 
 void ImageStreaming::refusesBadFiles()
 {
     QFETCH(const QByteArray, file);
-    QFETCH(const QString, message);
+    QFETCH(const int, result);
     Streaming streaming(file);
-    QTEST(streaming.stream(), "result");
-    QCOMPARE(streaming.message(), message + streaming.path);
-    QTEST(streaming.bar()->value(), "bar");
+    QCOMPARE(streaming.stream(), result);
+    QCOMPARE(streaming.message(), (result == -3 ? CANNOT_READ : NO_UPDATE_FILE) + streaming.path);
+    QTEST(streaming.bar()->value(), "percent");
     QTEST(streaming.channel.log(), "log");
     QCOMPARE(streaming.filesLeftOpen, 0);
 }
@@ -380,15 +285,7 @@ void ImageStreaming::doesNotTranslateItsMessages()
 
 void ImageStreaming::servesEventsAtTicks_data()
 {
-    QTest::addColumn<int>("records");
-    QTest::addColumn<QVector<int>>("ticks");
-
-    QTest::newRow("the only record ticks once") << 1 << QVector<int>{1};
-    QTest::newRow("the first and the last of two") << 2 << QVector<int>{1, 2};
-    QTest::newRow("the last of a thousand") << 1000 << QVector<int>{1, 1000};
-    QTest::newRow("record 1001 is the last one and ticks once") << 1001 << QVector<int>{1, 1001};
-    QTest::newRow("once in a thousand records, and at the last")
-        << 2500 << QVector<int>{1, 1001, 2001, 2500};
+    addRowsOfTicks();
 }
 
 // Events posted at every call are served only where the streaming serves events.
