@@ -21,3 +21,9 @@ inline QByteArray errorReply(ErrorCode code, const QString& reason)
     return QByteArrayLiteral("vornix2 err ") + QByteArray::number(static_cast<int>(code)) + " \"" +
            reason.toLatin1() + '"';
 }
+
+/// Whether @p reply tells that something cannot be done.
+inline bool isErrorReply(const QByteArray& reply)
+{
+    return reply.startsWith("vornix2 err");
+}

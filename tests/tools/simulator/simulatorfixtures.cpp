@@ -55,6 +55,15 @@ Scenario shippedScenario(const QString& name)
     return *scenario;
 }
 
+Fault faultAt(FaultMode mode, const QByteArray& request, int delayMs)
+{
+    Fault fault;
+    fault.mode = mode;
+    fault.request = request;
+    fault.delayMs = delayMs;
+    return fault;
+}
+
 SimulatedSite::SimulatedSite(const Scenario& scenario)
     : system(scenario, [this] { return nowMs; }), interpreter(system)
 {

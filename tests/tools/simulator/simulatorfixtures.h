@@ -34,6 +34,9 @@ QByteArray cameraFirmware(VersionInfo version, const QString& appendix = QString
 /// A shipped scenario; aborts the process if it cannot be read, which a test of its own looks at.
 Scenario shippedScenario(const QString& name);
 
+/// A fault that strikes when @p request comes.
+Fault faultAt(FaultMode mode, const QByteArray& request, int delayMs = 0);
+
 /// A system with a clock that only a test moves, and its interpreter.
 struct SimulatedSite
 {

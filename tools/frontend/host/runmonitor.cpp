@@ -1,5 +1,7 @@
 #include "runmonitor.h"
 
+#include <errorreply.h>
+
 #include <QCoreApplication>
 #include <QEvent>
 #include <QRegularExpression>
@@ -34,7 +36,7 @@ std::optional<RunStep::Kind> kindOf(const QByteArray& word)
 // A command has arrived as soon as there is a reply; what that says is another matter.
 bool isTaken(const std::optional<Reply>& reply)
 {
-    return reply && reply->ok && !reply->text.startsWith("vornix2 err");
+    return reply && reply->ok && !isErrorReply(reply->text);
 }
 
 } // namespace

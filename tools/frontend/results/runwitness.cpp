@@ -1,5 +1,6 @@
 #include "runwitness.h"
 
+#include <errorreply.h>
 #include <runmonitor.h>
 
 namespace {
@@ -59,7 +60,7 @@ void RunWitness::answered(Operation operation, const QByteArray& text,
 {
     if (isRestart(operation, text) && !reply)
         emit restartUnanswered();
-    else if (isRestart(operation, text) && !reply->text.startsWith("vornix2 err"))
+    else if (isRestart(operation, text) && !isErrorReply(reply->text))
         emit restartAccepted();
     if (operation != Operation::GetString && operation != Operation::GetInt)
         return;

@@ -6,6 +6,7 @@
 #include <QPair>
 #include <QStringList>
 #include <QVector>
+#include <QtTest>
 
 /// What is connected, and how its update ends if nothing comes in between.
 enum class Equipment
@@ -53,3 +54,25 @@ QString textOf(const QString& call);
 
 /// The records among @p calls, each behind the controller that it went to.
 QStringList sentRecords(const QStringList& calls);
+
+/// Rows for each place of each equipment's road, and each of @p kinds of what happens there, which
+/// have a column of the name @p column; the other columns are `equipment` and `place`.
+template <typename Kind>
+void addRowsOfPlaces(const char* column, const QVector<QPair<Kind, const char*>>& kinds)
+{
+    QTest::addColumn<Equipment>("equipment");
+    QTest::addColumn<Kind>(column);
+    QTest::addColumn<int>("place");
+    for (const auto& equipment : equipments()) {
+        const QVector<Place> places = undisturbed(equipment.first).places;
+        for (const auto& kind : kinds) {
+            for (int i = 0; i < places.size(); ++i) {
+                const QString name = QStringLiteral("%1: %2 at place %3, %4")
+                                         .arg(equipment.second, kind.second)
+                                         .arg(i)
+                                         .arg(places.at(i).name);
+                QTest::newRow(qPrintable(name)) << equipment.first << kind.first << i;
+            }
+        }
+    }
+}

@@ -133,22 +133,7 @@ void InterruptedRun::serveEventsAtAllThesePlaces()
 
 void InterruptedRun::endsInOrder_data()
 {
-    QTest::addColumn<Equipment>("equipment");
-    QTest::addColumn<Interruption>("interruption");
-    QTest::addColumn<int>("place");
-
-    for (const auto& equipment : equipments()) {
-        const QVector<Place> places = undisturbed(equipment.first).places;
-        for (const auto& interruption : interruptions()) {
-            for (int i = 0; i < places.size(); ++i) {
-                const QString name = QStringLiteral("%1: %2 at place %3, %4")
-                                         .arg(equipment.second, interruption.second)
-                                         .arg(i)
-                                         .arg(places.at(i).name);
-                QTest::newRow(qPrintable(name)) << equipment.first << interruption.first << i;
-            }
-        }
-    }
+    addRowsOfPlaces("interruption", interruptions());
 }
 
 // Where the dialog waits again behind a failed run, the hidden key starts another one.

@@ -123,22 +123,7 @@ static void checkTheNextStart(ModuleFixture* fixture, const Undisturbed& whole)
 
 void LeavingHost::findsOrderAtEachPlace_data()
 {
-    QTest::addColumn<Equipment>("equipment");
-    QTest::addColumn<EarlyEnd>("end");
-    QTest::addColumn<int>("place");
-
-    for (const auto& equipment : equipments()) {
-        const QVector<Place> places = undisturbed(equipment.first).places;
-        for (const auto& end : earlyEnds()) {
-            for (int i = 0; i < places.size(); ++i) {
-                const QString name = QStringLiteral("%1: %2 at place %3, %4")
-                                         .arg(equipment.second, end.second)
-                                         .arg(i)
-                                         .arg(places.at(i).name);
-                QTest::newRow(qPrintable(name)) << equipment.first << end.first << i;
-            }
-        }
-    }
+    addRowsOfPlaces("end", earlyEnds());
 }
 
 void LeavingHost::findsOrderAtEachPlace()

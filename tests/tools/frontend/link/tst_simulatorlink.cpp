@@ -16,15 +16,6 @@ Scenario timedScenario(int recordsPerSecond, int verifyMs)
     return scenario;
 }
 
-Fault faultAt(FaultMode mode, const QByteArray& request, int delayMs = 0)
-{
-    Fault fault;
-    fault.mode = mode;
-    fault.request = request;
-    fault.delayMs = delayMs;
-    return fault;
-}
-
 QByteArray hostName(SimulatorLink& link)
 {
     link.send(Operation::GetString, "system hostname");

@@ -95,15 +95,6 @@ private:
     QByteArray m_received;
 };
 
-Fault faultAt(FaultMode mode, const QByteArray& request, int delayMs = 0)
-{
-    Fault fault;
-    fault.mode = mode;
-    fault.request = request;
-    fault.delayMs = delayMs;
-    return fault;
-}
-
 // The server is as it should be if somebody else is answered.
 void compareNextPeerIsAnswered(const Served& served)
 {
