@@ -7,7 +7,7 @@
 #include <releasecatalogue.h>
 #include <reportedversion.h>
 #include <searchhardwaredlg.h>
-#include <simulatedaccess.h>
+#include <simulatoraccess.h>
 #include <stepbackbox.h>
 #include <theme.h>
 #include <timestamp.h>
@@ -63,11 +63,11 @@ QString Frontend::homeFolder(const QString& stateDir)
 // The process that served the system before may have left its state there, and nothing else.
 bool Frontend::claimStateFolder(const QString& stateDir, QString* error)
 {
-    return claimFolder(stateDir, SimulatedAccess::stateFiles(stateDir), error);
+    return claimFolder(stateDir, SimulatorAccess::stateFiles(stateDir), error);
 }
 
 Frontend::Frontend(Scenario scenario, const Options& options)
-    : Frontend(std::make_unique<SimulatedAccess>(std::move(scenario), options.fast), options)
+    : Frontend(std::make_unique<SimulatorAccess>(std::move(scenario), options.fast), options)
 {
 }
 

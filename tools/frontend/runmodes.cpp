@@ -9,7 +9,7 @@
 #include <remoteaccess.h>
 #include <replayaccess.h>
 #include <scenario.h>
-#include <simulatedaccess.h>
+#include <simulatoraccess.h>
 
 #include <QApplication>
 #include <QDir>
@@ -27,7 +27,7 @@ std::unique_ptr<SystemAccess> accessFor(const Options& options, QString* error)
     std::optional<Scenario> scenario = ScenarioReader::read(options.scenario, error);
     if (!scenario)
         return nullptr;
-    return std::make_unique<SimulatedAccess>(std::move(*scenario), options.fast);
+    return std::make_unique<SimulatorAccess>(std::move(*scenario), options.fast);
 }
 
 // Nothing if another system has taken the place of the one that was operated.

@@ -4,7 +4,7 @@
 #include <headlessrun.h>
 #include <narrator.h>
 #include <replayaccess.h>
-#include <simulatedaccess.h>
+#include <simulatoraccess.h>
 
 #include <fixturefiles.h>
 #include <imagewriter.h>
@@ -140,7 +140,7 @@ public:
     {
         m_options.recordFile = file;
         Frontend frontend(
-            std::make_unique<SimulatedAccess>(scenario, m_options.fast, msOfRecordedDay),
+            std::make_unique<SimulatorAccess>(scenario, m_options.fast, msOfRecordedDay),
             m_options);
         return run(frontend);
     }

@@ -1,4 +1,4 @@
-#include "simulatedaccess.h"
+#include "simulatoraccess.h"
 
 #include "simulatorlink.h"
 
@@ -17,37 +17,37 @@ QString stateFileIn(const QString& stateDir)
 
 } // namespace
 
-SimulatedAccess::SimulatedAccess(Scenario scenario, bool fast, Clock nowMs)
+SimulatorAccess::SimulatorAccess(Scenario scenario, bool fast, Clock nowMs)
     : m_system(std::make_unique<SimulatedSystem>(std::move(scenario), std::move(nowMs))),
       m_link(std::make_unique<SimulatorLink>(*m_system, fast ? SimulatorLink::Pace::Fast
                                                              : SimulatorLink::Pace::Device))
 {
 }
 
-SimulatedAccess::~SimulatedAccess() = default;
+SimulatorAccess::~SimulatorAccess() = default;
 
-QStringList SimulatedAccess::stateFiles(const QString& stateDir)
+QStringList SimulatorAccess::stateFiles(const QString& stateDir)
 {
     return SimulatedSystem::holdsState(stateFileIn(stateDir)) ? QStringList(stateFile)
                                                               : QStringList();
 }
 
-CommandLink& SimulatedAccess::link()
+CommandLink& SimulatorAccess::link()
 {
     return *m_link;
 }
 
-Equipment& SimulatedAccess::equipment()
+Equipment& SimulatorAccess::equipment()
 {
     return *m_system;
 }
 
-QByteArray SimulatedAccess::identity() const
+QByteArray SimulatorAccess::identity() const
 {
     return systemIdentity(scenarioToJson(m_system->scenario()));
 }
 
-std::optional<QString> SimulatedAccess::keepState(const QString& stateDir, bool fresh,
+std::optional<QString> SimulatorAccess::keepState(const QString& stateDir, bool fresh,
                                                   QString* error)
 {
     const QString file = stateFileIn(stateDir);

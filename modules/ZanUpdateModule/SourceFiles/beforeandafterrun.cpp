@@ -1,4 +1,4 @@
-#include "runexchange.h"
+#include "beforeandafterrun.h"
 
 #include "globaldefines.h"
 #include "hostlog.h"

@@ -11,7 +11,7 @@ class SimulatedSystem;
 class SimulatorLink;
 
 /// Access to a system that is simulated in this process.
-class SimulatedAccess final : public SystemAccess
+class SimulatorAccess final : public SystemAccess
 {
 public:
     /// Tells the milliseconds since 1970.
@@ -19,8 +19,8 @@ public:
 
     /// @param fast whether the devices take no time for what is sent to them
     /// @param nowMs milliseconds since 1970; the machine's clock if none is given
-    SimulatedAccess(Scenario scenario, bool fast, Clock nowMs = {});
-    ~SimulatedAccess() override;
+    SimulatorAccess(Scenario scenario, bool fast, Clock nowMs = {});
+    ~SimulatorAccess() override;
 
     /// Names of the files in the folder @p stateDir that keep a system, and of no other ones.
     static QStringList stateFiles(const QString& stateDir);
