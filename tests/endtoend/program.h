@@ -23,6 +23,8 @@ public:
     /// Waits until the program ends by itself. @return its exit code; -1 if it does not, or crashes
     int waitForEnd();
 
+    /// Asks it to end, as a logout does.
+    void terminate() { m_process.terminate(); }
     /// Takes its life without a warning.
     void kill();
 

@@ -21,8 +21,9 @@ const QString lostTitle = frontendTitle + " (no answer)";
 const QString updateTitle = "Controller and Camera Update";
 const QString boxTitle = "VORNIX3";
 
-// One controller, so that a run takes some seconds where the pace is fast. Else it takes longer
-// than any test, as there is one record in a second.
+// One controller, so that a run takes some seconds where the pace is fast. Where it is steady there
+// is time to do something meanwhile; else a run takes longer than any test, as there is one record
+// in a second.
 const QByteArray scenarioJson = R"({
     "title": "One release behind",
     "protocol": "1.23",
@@ -34,25 +35,32 @@ const QByteArray scenarioJson = R"({
     "timing": {"bootMs": 3000, "recordsPerSecond": 1}
 })";
 
+const QString isUnderWay = "An update is under way. Do not switch off the controllers, the cameras "
+                           "or this computer.";
+
 /// The simulated system in its own process, and what its bench tells.
 class System
 {
 public:
     explicit System(const FixtureFolder& folder, const QByteArray& scenario = scenarioJson)
-        : m_folder(folder)
+        : m_folder(folder), m_scenario(scenario)
     {
-        folder.write("behind.json", scenario);
     }
 
     enum class Pace
     {
         Fast,
+        Steady, ///< a run takes 20 s
         Endless ///< no run ends
     };
 
     /// Starts it, at the same port if it ran before. @return whether it listens
     bool start(Pace pace = Pace::Fast)
     {
+        const QByteArray records = pace == Pace::Steady ? "3000" : "1";
+        m_folder.write("behind.json", QByteArray(m_scenario)
+                                          .replace(R"("recordsPerSecond": 1)",
+                                                   R"("recordsPerSecond": )" + records));
         QStringList arguments = {"--scenario", m_folder.path("behind.json"),
                                  "--state",    m_folder.path("system/state.json"),
                                  "--listen",   m_at.text()};
@@ -80,10 +88,8 @@ public:
     bool exchange()
     {
         kill();
-        m_folder.write("behind.json", QByteArray(scenarioJson)
-                                          .replace("One release behind", "Another system")
-                                          .replace(R"("pt": "v3.2.0 2025-06-20")",
-                                                   R"("pt": "v9.0.0 2027-06-20")"));
+        m_scenario.replace("One release behind", "Another system")
+            .replace(R"("pt": "v3.2.0 2025-06-20")", R"("pt": "v9.0.0 2027-06-20")");
         QFile::remove(m_folder.path("system/state.json"));
         return start();
     }
@@ -101,15 +107,23 @@ public:
     /// @return whether the system took it
     bool losesReplies(const QByteArray& request, int times)
     {
-        const std::optional<WireReply> reply =
-            ask(QStringLiteral(R"(arm {"mode": "stay-silent", "request": "%1", "times": %2})")
-                    .arg(QString::fromLatin1(request))
-                    .arg(times)
-                    .toLatin1());
-        return reply && reply->ok;
+        return arms(R"({"mode": "stay-silent", "request": ")" + request + R"(", "times": )" +
+                    QByteArray::number(times) + '}');
+    }
+
+    /// Has the next last record of a block answered that much later. @return as above
+    bool answersLate(int delayMs)
+    {
+        return arms(R"({"mode": "answer-late", "delayMs": )" + QByteArray::number(delayMs) + '}');
     }
 
 private:
+    bool arms(const QByteArray& fault)
+    {
+        const std::optional<WireReply> reply = ask("arm " + fault);
+        return reply && reply->ok;
+    }
+
     std::optional<WireReply> ask(const QByteArray& line) const
     {
         QTcpSocket socket;
@@ -135,6 +149,7 @@ private:
     }
 
     const FixtureFolder& m_folder;
+    QByteArray m_scenario;
     Endpoint m_at;
     std::unique_ptr<Program> m_program;
 };
@@ -191,6 +206,14 @@ public:
         return presses({"Tab", "space"}, updateTitle) && reads("Do you really want to update?") &&
                presses({"alt+y"}, boxTitle) && reads("Don't stop the update process") &&
                presses({"Return"}, boxTitle);
+    }
+
+    /// Starts the run, and leaves its dialog as soon as it tells of the first step.
+    bool leavesTheRun()
+    {
+        return startsTheRun() && reads("Updating firmware (zan-master)") &&
+               presses({"Escape"}, updateTitle) && reads("window    " + frontendTitle) &&
+               reads(isUnderWay);
     }
 
     /// Waits for the end of a run that is well, and takes the restart.
@@ -272,6 +295,9 @@ private slots:
     void lossIsToldBehindAnOpenDialog();
     void planIsNotSentToAnotherSystem();
     void secondFrontendLooksOn();
+    void runThatIsLeftIsFoundAgain();
+    void quitWaitsForTheEndOfTheRun();
+    void endOfTheSessionWaitsForTheEndOfTheRun();
     void oneLostReplyMakesNoControllerOld();
     void lostRepliesLeadToAQuestion();
 
@@ -514,6 +540,67 @@ void TestDesktop::secondFrontendLooksOn()
     QVERIFY(ben.reads("Frontend: The other host is through with its update."));
     QVERIFY(ben.reads("Frontend: Module loaded"));
     QVERIFY(ben.reads("window    " + updateTitle));
+}
+
+void TestDesktop::runThatIsLeftIsFoundAgain()
+{
+    const FixtureFolder folder;
+    System system(folder);
+    QVERIFY(system.start(System::Pace::Steady));
+    Session session(desktop, system, folder);
+    QVERIFY(session.reads("window    " + updateTitle));
+    QVERIFY(session.leavesTheRun());
+    QVERIFY(session.reads("[Power-cycle the controllers] (off)"));
+    QVERIFY(session.reads("Step 1: tracking software of zan-master, ")); // at each percent
+    // The search for hardware is not to be had: with its window in front there would be no
+    // question.
+    QVERIFY(session.presses({"alt+v", "h", "Escape", "Escape"}, frontendTitle));
+    QVERIFY(session.presses({"ctrl+q"}, frontendTitle));
+    QVERIFY(session.reads("An update is under way. The frontend does not quit before it is over."));
+    QVERIFY(session.reads("[Quit when it is over] [Do not quit]"));
+    QVERIFY(session.presses({"Return"}, "Quit VORNIX3"));
+    QVERIFY(session.clicks("Show the update window"));
+    QVERIFY(session.reads("window    " + updateTitle));
+    QVERIFY(session.takesTheRestart());
+    QTRY_COMPARE(system.state(), newVersions);
+}
+
+void TestDesktop::quitWaitsForTheEndOfTheRun()
+{
+    const FixtureFolder folder;
+    System system(folder);
+    QVERIFY(system.start(System::Pace::Steady));
+    Session session(desktop, system, folder);
+    QVERIFY(session.reads("window    " + updateTitle));
+    QVERIFY(system.answersLate(5000));
+    QVERIFY(session.leavesTheRun());
+    QVERIFY(session.presses({"ctrl+q"}, frontendTitle));
+    QVERIFY(session.reads("[Quit when it is over] [Do not quit]"));
+    QVERIFY(session.presses({"alt+q"}, "Quit VORNIX3"));
+    QVERIFY(session.reads("The frontend quits when it is over."));
+    // The window goes on telling while the last record is awaited.
+    QVERIFY(session.reads("Step 1: tracking software of zan-master. All records are sent; the "
+                          "device has to confirm the last one."));
+    QVERIFY(session.reads("The Controller is updated successfully and must be restarted."));
+    QVERIFY(session.presses({"alt+n"}, boxTitle));
+    QCOMPARE(session.program().waitForEnd(), 0);
+    QCOMPARE(system.state(), QString("v3.2.0 v1.3 and more to come, has received"));
+}
+
+// Nobody is there any more who could answer a question.
+void TestDesktop::endOfTheSessionWaitsForTheEndOfTheRun()
+{
+    const FixtureFolder folder;
+    System system(folder);
+    QVERIFY(system.start(System::Pace::Steady));
+    Session session(desktop, system, folder);
+    QVERIFY(session.reads("window    " + updateTitle));
+    QVERIFY(session.leavesTheRun());
+    session.program().terminate();
+    QVERIFY(session.reads("Frontend: The frontend quits when the update is over."));
+    QVERIFY(session.reads("The frontend quits when it is over.")); // in its window, which stays
+    QCOMPARE(session.program().waitForEnd(), 0);
+    QCOMPARE(system.state(), QString("v3.2.0 v1.3 and more to come, has received"));
 }
 
 void TestDesktop::oneLostReplyMakesNoControllerOld()

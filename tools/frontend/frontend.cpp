@@ -13,6 +13,7 @@
 #include <timestamp.h>
 #include <transcript.h>
 
+#include <QAbstractEventDispatcher>
 #include <QApplication>
 #include <QDir>
 #include <QMessageBox>
@@ -73,8 +74,8 @@ Frontend::Frontend(Scenario scenario, const Options& options)
 
 Frontend::Frontend(std::unique_ptr<SystemAccess> access, const Options& options)
     : m_options(options), m_access(std::move(access)), m_watch(m_access->link()),
-      m_channel(m_watch), m_window(m_access->equipment(), isObserver(*m_access, options)),
-      m_logKeeper(m_window.log()),
+      m_channel(m_watch), m_inhibitor(QStringLiteral("VORNIX3")),
+      m_window(m_access->equipment(), isObserver(*m_access, options)), m_logKeeper(m_window.log()),
       m_runs(m_channel, runFolder(options), QString::fromLatin1(m_access->identity())),
       m_results(&m_window), m_lock(options.stateDir),
       m_module(m_channel, m_window,
@@ -86,6 +87,8 @@ Frontend::Frontend(std::unique_ptr<SystemAccess> access, const Options& options)
     m_watch.setIdleWork([this] {
         const QScopedValueRollback<bool> waiting(m_isWaiting, true);
         QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+        // What the user did has been put by, and is only looked at by a dispatcher that is woken.
+        QAbstractEventDispatcher::instance()->wakeUp();
     });
     connect(&equipment(), &Equipment::trouble, this, &Frontend::log);
     connect(&m_logKeeper, &LogKeeper::failed, this, [this](const QString& reason) {
@@ -128,6 +131,9 @@ void Frontend::watchRuns()
     m_runs.setPermission([this](const QVector<StepBack>& steps) { return allowsRun(steps); });
     m_channel.addWatcher(m_monitor);
     m_window.followRuns(m_monitor);
+    connect(&m_monitor, &RunMonitor::began, this,
+            [this] { m_inhibitor.hold(tr("An update is under way.")); });
+    connect(&m_monitor, &RunMonitor::ended, this, [this] { m_inhibitor.release(); });
     connect(&m_monitor, &RunMonitor::failed, this,
             [this](const RunFailure& failure) { log(tr("Failed: %1").arg(failure.text())); });
 }

@@ -2,6 +2,7 @@
 
 #include "options.h"
 
+#include <desktopinhibitor.h>
 #include <hostchannel.h>
 #include <linewatch.h>
 #include <logkeeper.h>
@@ -91,6 +92,7 @@ private:
     LineWatch m_watch;
     HostChannel m_channel;
     RunMonitor m_monitor;
+    DesktopInhibitor m_inhibitor;
     MainWindow m_window;
     LogKeeper m_logKeeper;
     RunFollower m_runs;

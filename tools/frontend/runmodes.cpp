@@ -3,6 +3,7 @@
 #include "console.h"
 #include "frontend.h"
 #include "headlessrun.h"
+#include "quitsignals.h"
 
 #include <narrator.h>
 #include <onlooker.h>
@@ -31,7 +32,8 @@ std::unique_ptr<SystemAccess> accessFor(const Options& options, QString* error)
 }
 
 // Nothing if another system has taken the place of the one that was operated.
-std::optional<int> runOnSystem(const Options& options, Narrator& narrator)
+std::optional<int> runOnSystem(const Options& options, const QuitSignals& quitSignals,
+                               Narrator& narrator)
 {
     QString error;
     std::unique_ptr<SystemAccess> access = accessFor(options, &error);
@@ -40,6 +42,7 @@ std::optional<int> runOnSystem(const Options& options, Narrator& narrator)
     Frontend frontend(std::move(access), options);
     if (!frontend.prepare(&error))
         return failVisibly(options, error);
+    QObject::connect(&quitSignals, &QuitSignals::wanted, &frontend, &Frontend::quit);
     if (options.headless)
         return runHeadless(frontend, options, narrator);
     std::optional<Onlooker> onlooker;
@@ -54,9 +57,10 @@ int runFrontend(Options options)
 {
     // Notes refer to their pictures from the program's folder on.
     QDir::setCurrent(QCoreApplication::applicationDirPath());
+    const QuitSignals quitSignals;
     Narrator narrator;
     std::optional<int> code;
-    while (!(code = runOnSystem(options, narrator))) {
+    while (!(code = runOnSystem(options, quitSignals, narrator))) {
         options.fresh = false;
         options.dark = false; // from now on the window looks as the user left it
     }

@@ -61,6 +61,24 @@ void runWith(Frontend& frontend, const Steps& steps)
     frontend.run();
 }
 
+/// Counts how often a widget is painted.
+class PaintCounter : public QObject
+{
+public:
+    explicit PaintCounter(QWidget* widget) { widget->installEventFilter(this); }
+    int count() const { return m_count; }
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        m_count += event->type() == QEvent::Paint ? 1 : 0;
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    int m_count = 0;
+};
+
 const QStringList beginning = {"set_param CommandManager: IOManager*",
                                "set_param ModuleParent: QWidget*",
                                "set_param BackendVersions: v3.1.0 v1.2 v1.23 ZAN",
@@ -92,6 +110,9 @@ private slots:
     void hardwareIsSearchedForOnTheUsersWord();
     void hardwareIsSearchedForByOperatorsAtRestOnly_data();
     void hardwareIsSearchedForByOperatorsAtRestOnly();
+    void windowsArePaintedWhileAReplyIsAwaited();
+    void failuresOfARunAreLogged();
+    void quitComesAfterTheRun();
     void shutdownOfTheModuleIsTold();
     void stateIsKeptAndForgotten();
     void windowAndLogGoOnAtTheNextStart();
@@ -405,6 +426,78 @@ void TestFrontend::hardwareIsSearchedForByOperatorsAtRestOnly()
     options.observer = observer;
     Frontend frontend(scenarioNamed(scenario), options);
     QCOMPARE(frontend.window().findChild<QAction*>("actionSearchHardware")->isEnabled(), enabled);
+}
+
+void TestFrontend::windowsArePaintedWhileAReplyIsAwaited()
+{
+    const FixtureFolder folder;
+    Options options = optionsFor(folder);
+    options.fast = false;
+    Scenario scenario = scenarioNamed("cascade");
+    Fault late;
+    late.mode = FaultMode::AnswerLate;
+    late.delayMs = 1000;
+    scenario.faults = {late};
+    Frontend frontend(scenario, options);
+    QString error;
+    QVERIFY(frontend.prepare(&error));
+    int painted = 0;
+    runWith(frontend, [&] {
+        FakeModule::channel()->prepare_reply(1, 20000, 1);
+        FakeModule::channel()->set_value("system update 1 1 AB");
+        QWidget* banner = frontend.window().findChild<QWidget*>("banner");
+        PaintCounter counter(banner);
+        QTimer change;
+        connect(&change, &QTimer::timeout, banner, [banner] { banner->update(); });
+        change.start(10);
+        FakeModule::channel()->poll_reply(3);
+        painted = counter.count();
+        QApplication::quit();
+    });
+    QVERIFY(painted > 1);
+}
+
+void TestFrontend::failuresOfARunAreLogged()
+{
+    const FixtureFolder folder;
+    Scenario scenario = scenarioNamed("cascade");
+    const QString master = scenario.controllers.constFirst().hostName;
+    Fault refused;
+    refused.mode = FaultMode::RefuseRecord;
+    refused.record = 1;
+    scenario.faults = {refused};
+    Frontend frontend(scenario, optionsFor(folder));
+    QString error;
+    QVERIFY(frontend.prepare(&error));
+    runWith(frontend, [&] {
+        char name[replyBytes] = {};
+        FakeModule::channel()->get_string(name, "system hostname");
+        FakeModule::channel()->set_value("system update 9 1 AB");
+        QApplication::quit();
+    });
+    const QString expected =
+        "Failed: tracking software of " + master + ", record 1 of 9: error -20 (refused on demand)";
+    QVERIFY2(frontend.window().log().toPlainText().contains(expected),
+             qPrintable(frontend.window().log().toPlainText()));
+}
+
+void TestFrontend::quitComesAfterTheRun()
+{
+    const FixtureFolder folder;
+    Frontend frontend(scenarioNamed("cascade"), optionsFor(folder));
+    QString error;
+    QVERIFY(frontend.prepare(&error));
+    runWith(frontend, [&] {
+        FakeModule::channel()->set_value("system update 9 1 AB");
+        frontend.quit();
+        QCoreApplication::processEvents();
+        QVERIFY(frontend.window().isVisible());
+        QVERIFY(frontend.window().findChild<QWidget*>("banner")->isVisible());
+        QVERIFY(!FakeModule::calls().contains("about_to_exit_module"));
+    });
+    QVERIFY(frontend.window().log().toPlainText().contains(
+        "The frontend quits when the update is over."));
+    QCOMPARE(FakeModule::calls().mid(FakeModule::calls().size() - 2), ending);
 }
 
 void TestFrontend::shutdownOfTheModuleIsTold()

@@ -7,6 +7,7 @@
 namespace {
 
 const char* const callsProperty = "callsOfTheFakeModule";
+const char* const channelProperty = "channelOfTheFakeModule";
 
 } // namespace
 
@@ -18,6 +19,11 @@ QStringList FakeModule::calls()
 void FakeModule::forgetCalls()
 {
     qApp->setProperty(callsProperty, QVariant());
+}
+
+IOManager* FakeModule::channel()
+{
+    return qApp->property(channelProperty).value<IOManager*>();
 }
 
 void FakeModule::note(const QString& call)
@@ -61,10 +67,12 @@ QList<GuiElement*> FakeModule::get_gui_elements()
 
 void FakeModule::set_param(QString key, QVariant value)
 {
-    if (key == QLatin1String("CommandManager"))
+    if (key == QLatin1String("CommandManager")) {
         m_channel = value.value<IOManager*>();
-    else if (key == QLatin1String("ModuleParent"))
+        qApp->setProperty(channelProperty, value);
+    } else if (key == QLatin1String("ModuleParent")) {
         m_parent = value.value<QWidget*>();
+    }
     const auto* versions = value.value<BackendVersions*>();
     const QString text = versions ? versions->systemPt().toString() + ' ' +
                                         versions->systemCt().toString() + ' ' +

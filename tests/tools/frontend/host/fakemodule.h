@@ -26,6 +26,8 @@ public:
 
     static QStringList calls();
     static void forgetCalls();
+    /// The channel that the host gave last; null before.
+    static IOManager* channel();
 
     void about_to_exit_module() override;
     void exit_module() override;

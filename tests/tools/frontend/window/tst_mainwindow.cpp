@@ -96,6 +96,7 @@ private slots:
     void windowOfARunThatWasOnlyLeftStaysAway();
     void quittingWaitsForTheRun_data();
     void quittingWaitsForTheRun();
+    void desktopCannotCloseAllWindowsInARun();
     void questionGoesWithTheRun();
     void boxesDoNotHoldUpARun();
     void dialogsOpenBelowTheEquipment();
@@ -458,6 +459,23 @@ void TestMainWindow::quittingWaitsForTheRun()
     });
     QCOMPARE(QApplication::exec() == 0, quits);
     QVERIFY(hasQuit);
+}
+
+// As Qt does when the user is about to be logged out.
+void TestMainWindow::desktopCannotCloseAllWindowsInARun()
+{
+    SimulatedSystem system(shippedScenario("cascade"));
+    RunMonitor runs;
+    MainWindow window(system, false);
+    window.followRuns(runs);
+    window.show();
+    QDialog dialog(&window);
+    inARunOf(dialog, runs, [&] {
+        QApplication::closeAllWindows();
+        QVERIFY(!dialog.isVisible());
+        QVERIFY(window.isVisible());
+        QCOMPARE(window.findChildren<QMessageBox*>().size(), 1);
+    });
 }
 
 void TestMainWindow::questionGoesWithTheRun()
