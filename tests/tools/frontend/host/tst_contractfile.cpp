@@ -39,8 +39,8 @@ private slots:
 
     void pluginThatIsBuiltMayBeCalled()
     {
-        QVERIFY(QFile::exists(contractFileOf(PLUGIN)));
-        QCOMPARE(whyNotToCall(PLUGIN), QString());
+        QVERIFY(QFile::exists(contractFileOf(UPDATE_MODULE)));
+        QCOMPARE(whyNotToCall(UPDATE_MODULE), QString());
     }
 
     void majorNumberDecides_data()
