@@ -31,15 +31,29 @@ QStringList Desktop::environment() const
     return {"DISPLAY=:" + m_display, "QT_QPA_PLATFORM=xcb"};
 }
 
+QString Desktop::windowWith(const QString& title) const
+{
+    const QString pattern = '^' + QRegularExpression::escape(title) + '$';
+    return run("xdotool", {"search", "--onlyvisible", "--name", pattern})
+        .value_or(QString())
+        .section('\n', -1);
+}
+
+bool Desktop::shows(const QString& title) const
+{
+    const QDeadlineTimer deadline(patienceMs);
+    bool isThere = false;
+    while (!isThere && !deadline.hasExpired())
+        isThere = !windowWith(title).isEmpty();
+    return isThere;
+}
+
 // Without a window manager nobody else gives the keyboard to a window.
 bool Desktop::focus(const QString& title) const
 {
-    const QString pattern = '^' + QRegularExpression::escape(title) + '$';
     const QDeadlineTimer deadline(patienceMs);
     while (!deadline.hasExpired()) {
-        const QString windows =
-            run("xdotool", {"search", "--onlyvisible", "--name", pattern}).value_or(QString());
-        const QString window = windows.section('\n', -1);
+        const QString window = windowWith(title);
         if (!window.isEmpty() && run("xdotool", {"windowfocus", window}) &&
             run("xdotool", {"getwindowfocus"}) == window)
             return true;

@@ -20,7 +20,11 @@ public:
     /// Variables for programs that show windows on it.
     QStringList environment() const;
 
-    /// Gives the keyboard to the window with exactly this title, once it is there.
+    /// Waits for a window with exactly this title, which may be behind another one. @return whether
+    /// it is there
+    bool shows(const QString& title) const;
+    /// Gives the keyboard to the window with exactly this title, once it is there. One that a modal
+    /// window blocks hands it on at once.
     /// @return whether it has it
     bool focus(const QString& title) const;
     /// Presses a key, or several in a row, such as "alt+y" or "Return".
@@ -31,6 +35,8 @@ public:
     void savePicture(const QString& file) const;
 
 private:
+    /// @return the window with exactly this title; empty: there is none
+    QString windowWith(const QString& title) const;
     /// @return what it printed, without the last line end; nullopt if it failed
     std::optional<QString> run(const QString& program, const QStringList& arguments) const;
 
